@@ -1,0 +1,49 @@
+# How a room of the house becomes a target.
+
+add_library(wickfield_options INTERFACE)
+target_include_directories(wickfield_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(wickfield_options INTERFACE -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+                       -Woverloaded-virtual -Wundef)
+if(WICKFIELD_WERROR)
+    target_compile_options(wickfield_options INTERFACE -Werror)
+endif()
+if(WICKFIELD_SANITIZE)
+    target_compile_options(wickfield_options INTERFACE -fsanitize=${WICKFIELD_SANITIZE} -fno-omit-frame-pointer
+                           -fno-sanitize-recover=all)
+    target_link_options(wickfield_options INTERFACE -fsanitize=${WICKFIELD_SANITIZE})
+endif()
+find_package(Threads REQUIRED)
+
+# wickfield_room(NAME [LINK libraries...]): a static library of every source in the current folder (and the subfolders
+# named after FOLDERS). A room links only the rooms that it may include.
+function(wickfield_room name)
+    cmake_parse_arguments(ARG "" "" "LINK;FOLDERS" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
+    foreach(folder IN LISTS ARG_FOLDERS)
+        file(GLOB more CONFIGURE_DEPENDS ${folder}/*.cpp ${folder}/*.h)
+        list(APPEND sources ${more})
+    endforeach()
+    if(NOT sources)
+        message(FATAL_ERROR "The room ${name} has no sources")
+    endif()
+    add_library(${name} STATIC ${sources})
+    set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+    target_link_libraries(${name} PUBLIC wickfield_options Threads::Threads ${ARG_LINK})
+endfunction()
+
+# wickfield_test(FOLDER LABELS labels... LINK libraries...): one test program of every *Tests.cpp in the folder.
+function(wickfield_test folder)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "LABELS;LINK" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    file(GLOB sources CONFIGURE_DEPENDS ${folder}/*.cpp ${folder}/*.h)
+    if(NOT sources)
+        return()
+    endif()
+    string(REPLACE "/" "_" name ${folder})
+    add_executable(${name}_tests ${sources})
+    target_link_libraries(${name}_tests PRIVATE ${ARG_LINK} GTest::gmock)
+    gtest_discover_tests(${name}_tests TEST_PREFIX "${folder}: " DISCOVERY_TIMEOUT 60
+                         PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+endfunction()

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <chrono>
+
+namespace platform {
+
+using Date = std::chrono::system_clock::time_point;
+
+}  // namespace platform

@@ -1,0 +1,12 @@
+// One translation unit that includes every fake, so that each of them is known to compile by itself.
+#include "tests/fakes/FakeAlerts.h"
+#include "tests/fakes/FakeApplication.h"
+#include "tests/fakes/FakeConsole.h"
+#include "tests/fakes/FakeControls.h"
+#include "tests/fakes/FakeIdentity.h"
+#include "tests/fakes/FakeMainBundle.h"
+#include "tests/fakes/FakeMainThread.h"
+#include "tests/fakes/FakeStandardFolders.h"
+#include "tests/fakes/FakeSystemInfo.h"
+#include "tests/fakes/FakeUserDefaults.h"
+#include "tests/fakes/TemporaryFolder.h"
