@@ -1,0 +1,197 @@
+#include <QColor>
+#include <QPalette>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextFrame>
+#include <QTextTable>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/qt/AgreementDocument.h"
+
+namespace platform::qt {
+
+namespace {
+
+constexpr double kReadable = 4.5;
+
+double linear(double channel) {
+    return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+}
+
+double luminance(const QColor& color) {
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& one, const QColor& other) {
+    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
+    return (light + 0.05) / (dark + 0.05);
+}
+
+QColor mixed(const QColor& below, const QColor& above, double share) {
+    const auto channel = [share](float from, float to) { return static_cast<float>(from + (to - from) * share); };
+    return QColor::fromRgbF(channel(below.redF(), above.redF()), channel(below.greenF(), above.greenF()),
+                            channel(below.blueF(), above.blueF()));
+}
+
+// The palette's link colour, moved towards black or white no further than it must be.
+QColor readableLink(const QPalette& palette) {
+    const QColor base = palette.color(QPalette::Base);
+    const QColor link = palette.color(QPalette::Link);
+    const QColor black(Qt::black);
+    const QColor white(Qt::white);
+    const QColor& target = contrast(black, base) > contrast(white, base) ? black : white;
+    for (int step = 0; step <= 20; ++step) {
+        const QColor candidate = mixed(link, target, step / 20.0);
+        if (contrast(candidate, base) >= kReadable) {
+            return candidate;
+        }
+    }
+    return target;
+}
+
+class Recoloring {
+public:
+    Recoloring(QTextDocument& document, const QPalette& palette)
+        : m_document(document),
+          m_base(palette.color(QPalette::Base)),
+          m_text(palette.color(QPalette::Text)),
+          m_link(readableLink(palette)),
+          m_line(mixed(m_base, m_text, 0.35)) {}
+
+    void run() {
+        QTextCursor edit(&m_document);
+        edit.beginEditBlock();
+        recolorFrame(*m_document.rootFrame());
+        for (QTextBlock block = m_document.begin(); block.isValid(); block = block.next()) {
+            recolorBlock(block);
+        }
+        edit.endEditBlock();
+    }
+
+private:
+    void recolorFrame(QTextFrame& frame) {
+        QTextFrameFormat format = frame.frameFormat();
+        dropUnreadableBackground(format);
+        if (format.border() > 0) {
+            format.setBorderBrush(m_line);
+        }
+        if (format != frame.frameFormat()) {
+            frame.setFrameFormat(format);
+        }
+        if (auto* table = qobject_cast<QTextTable*>(&frame)) {
+            recolorCells(*table);
+        }
+        const QList<QTextFrame*> children = frame.childFrames();
+        for (QTextFrame* child : children) {
+            recolorFrame(*child);
+        }
+    }
+
+    void recolorCells(QTextTable& table) {
+        for (int row = 0; row < table.rows(); ++row) {
+            for (int column = 0; column < table.columns(); ++column) {
+                QTextTableCell cell = table.cellAt(row, column);
+                if (cell.row() != row || cell.column() != column) {
+                    continue;
+                }
+                QTextCharFormat format = cell.format();
+                dropUnreadableBackground(format);
+                recolorCellLines(format);
+                if (format != cell.format()) {
+                    cell.setFormat(format);
+                }
+            }
+        }
+    }
+
+    void recolorCellLines(QTextCharFormat& format) const {
+        static constexpr std::array lines{QTextFormat::TableCellTopBorderBrush, QTextFormat::TableCellBottomBorderBrush,
+                                          QTextFormat::TableCellLeftBorderBrush,
+                                          QTextFormat::TableCellRightBorderBrush};
+        for (const auto line : lines) {
+            if (format.hasProperty(line)) {
+                format.setProperty(line, QBrush(m_line));
+            }
+        }
+    }
+
+    void recolorBlock(const QTextBlock& block) {
+        QTextCursor cursor(block);
+        QTextBlockFormat blockFormat = block.blockFormat();
+        dropUnreadableBackground(blockFormat);
+        if (blockFormat != block.blockFormat()) {
+            cursor.setBlockFormat(blockFormat);
+        }
+        QTextCharFormat marker = block.charFormat();
+        if (recolorText(marker)) {
+            cursor.setBlockCharFormat(marker);
+        }
+        for (const auto& [position, length, format] : changedFragments(block)) {
+            cursor.setPosition(position);
+            cursor.setPosition(position + length, QTextCursor::KeepAnchor);
+            cursor.setCharFormat(format);
+        }
+    }
+
+    struct Fragment {
+        int position;
+        int length;
+        QTextCharFormat format;
+    };
+
+    // Listed first, changed afterwards: a change ends what an iterator stands on.
+    std::vector<Fragment> changedFragments(const QTextBlock& block) const {
+        std::vector<Fragment> fragments;
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            QTextCharFormat format = it.fragment().charFormat();
+            if (recolorText(format)) {
+                fragments.push_back({it.fragment().position(), it.fragment().length(), format});
+            }
+        }
+        return fragments;
+    }
+
+    // Whether anything changed.
+    bool recolorText(QTextCharFormat& format) const {
+        const QTextCharFormat before = format;
+        format.clearForeground();
+        format.clearProperty(QTextFormat::TextOutline);
+        format.clearProperty(QTextFormat::TextUnderlineColor);
+        if (format.isAnchor() && !format.anchorHref().isEmpty()) {
+            format.setForeground(m_link);
+            format.setFontUnderline(true);
+        }
+        dropUnreadableBackground(format);
+        return format != before;
+    }
+
+    template <typename Format>
+    void dropUnreadableBackground(Format& format) const {
+        if (!format.hasProperty(QTextFormat::BackgroundBrush)) {
+            return;
+        }
+        const QBrush brush = format.background();
+        const QColor shown = mixed(m_base, brush.color(), brush.color().alphaF());
+        const bool readable = brush.style() == Qt::SolidPattern && contrast(m_text, shown) >= kReadable &&
+                              contrast(m_link, shown) >= kReadable;
+        if (!readable && brush.style() != Qt::NoBrush) {
+            format.clearBackground();
+        }
+    }
+
+    QTextDocument& m_document;
+    QColor m_base;
+    QColor m_text;
+    QColor m_link;
+    QColor m_line;
+};
+
+}  // namespace
+
+void applyStandardTextColor(QTextDocument& document, const QPalette& palette) { Recoloring(document, palette).run(); }
+
+}  // namespace platform::qt

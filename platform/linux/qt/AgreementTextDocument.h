@@ -1,0 +1,30 @@
+// A text document that fetches nothing by itself.
+#pragma once
+
+#include <QImage>
+#include <QTextDocument>
+#include <QUrl>
+#include <string>
+
+namespace platform::qt {
+
+// A plain text document asks for every picture and style sheet that its text names, from wherever the name points to.
+// This one shows only what it was given.
+class AgreementTextDocument : public QTextDocument {
+public:
+    AgreementTextDocument();
+
+protected:
+    QVariant loadResource(int type, const QUrl& name) override;
+};
+
+// The text is cut short at this many characters, so that a file of any size opens at once.
+constexpr qsizetype kMaximumCharacters = 4'000'000;
+
+// A last paragraph which says that the document goes on and where the whole of it is.
+void appendContinuationNote(QTextDocument& document, const std::string& path);
+
+// Links that may leave the document: http, https, mailto, and places in the document itself ("#name").
+bool isAllowedLink(const QString& address);
+
+}  // namespace platform::qt
