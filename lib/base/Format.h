@@ -1,8 +1,11 @@
-// Formats with the conversions %@ %s %c %i %d %u %li %lu %llu %zu %f (with width and precision, as %0.2f) and %%.
+// Formats with the conversions %@ %s %c %i %d %u %x %X %f and %%, the length marks h l ll q z j t in front of them, and
+// flags, width and precision as in %0.2f and %-5s.
 //
 // Arguments carry their kind, so a conversion is checked against what was handed over: a conversion that does not fit
-// its argument shows the argument all the same, one that has no argument is kept as text, and so is a lone "%" at the
-// end. No format, however hostile, reads past its arguments, writes anywhere or throws.
+// its argument shows the argument all the same, one that has no argument is kept as text, and so are a lone "%" at the
+// end and conversions that are not named above. Numbers are shown whole, never cut to the length mark. Width and
+// precision count UTF-16 units and go up to 1024. The locale plays no part. No format, however hostile, reads past its
+// arguments, writes anywhere or needs more than about 1.5 KiB for an argument beyond the argument's own text.
 #pragma once
 
 #include <concepts>
@@ -46,6 +49,7 @@ private:
 };
 
 std::string formatWith(std::string_view format, std::span<const FormatArgument> arguments);
+void appendFormatted(std::string& text, std::string_view format, std::span<const FormatArgument> arguments);
 
 template <typename... Arguments>
 std::string format(std::string_view format, const Arguments&... arguments) {

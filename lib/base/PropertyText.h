@@ -19,8 +19,8 @@ std::string description(const platform::PropertyValue& value);
 // A bool or number: not zero. A string: after blanks, an optional sign and zeros, one of Y y T t 1-9. Others: false.
 bool boolValue(const platform::PropertyValue& value);
 
-// Reads the property list at the path and returns its root; none when the file is missing, not a property list, or its
-// root is no dictionary. Blocks while it reads.
+// Reads the property list at the path and returns its root; none when the file is missing or larger than 256 MiB, when
+// it is no property list, or when its root is no dictionary. Blocks while it reads.
 std::optional<platform::PropertyDictionary> dictionaryWithContentsOfFile(const std::string& path);
 
 }  // namespace kz
