@@ -1,0 +1,21 @@
+#include "app/MakerLinks.h"
+#include "app/WickfieldAppDelegate.h"
+#include "lib/KZAlert.h"
+#include "lib/base/FileURL.h"
+#include "platform/ports/Host.h"
+
+void WickfieldAppDelegate::sendToGantry() {
+    auto& workspace = *platform::host().workspace;
+    const std::string manager = "com.corvane.Gantry";
+    if (workspace.applicationWithIdentifier(manager)) {
+        workspace.openURLs({kz::fileURLWithPath(treePath())}, manager);
+        return;
+    }
+    constexpr std::int64_t download = 1;
+    const auto answer = KZAlert::alertSheetWithMessageText(
+        "This feature requires Tallowmere", "Download", "Cancel", std::nullopt,
+        "Gantry gives you more options for installing and managing your plugins.", window(), Block::yes);
+    if (answer == download) {
+        workspace.openURL(MakerLinks::productPage);
+    }
+}
