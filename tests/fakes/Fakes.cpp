@@ -1,6 +1,8 @@
 // One translation unit that includes every fake, so that each of them is known to compile by itself.
+#include "tests/fakes/FailingFileManager.h"
 #include "tests/fakes/FakeAlerts.h"
 #include "tests/fakes/FakeApplication.h"
+#include "tests/fakes/FakeAuthorization.h"
 #include "tests/fakes/FakeConsole.h"
 #include "tests/fakes/FakeControls.h"
 #include "tests/fakes/FakeIdentity.h"
@@ -9,4 +11,5 @@
 #include "tests/fakes/FakeStandardFolders.h"
 #include "tests/fakes/FakeSystemInfo.h"
 #include "tests/fakes/FakeUserDefaults.h"
+#include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/TemporaryFolder.h"
