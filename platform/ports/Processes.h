@@ -42,12 +42,14 @@ public:
     // For how long at the most; true when the tool has ended.
     virtual bool waitUntilExit(std::chrono::milliseconds limit) = 0;
 
-    // The exit code, or the number of the signal that ended the tool; 0 before it has ended.
+    // The exit code, or the number of the signal that ended the tool; 0 before it has ended, -1 when the host does not
+    // know any more.
     virtual int terminationStatus() = 0;
     virtual bool endedBySignal() = 0;
 
-    // Ask the tool and its subtasks to end, and make them end. Without effect once the tool has been waited for... and
-    // never sent to a process that merely got the same number.
+    // Ask the tool and its subtasks to end, and make them end. Without effect once the tool has ended, except that a
+    // tool which was asked can be followed by kill for the subtasks that stayed. Never sent to a process that merely
+    // got the same number.
     virtual void terminate() = 0;
     virtual void kill() = 0;
 
@@ -56,6 +58,7 @@ public:
     // answer. endOfStreams: every piped stream has ended. The limit none waits for ever.
     virtual Chunk readAvailable(std::string& output, std::string& error,
                                 std::optional<std::chrono::milliseconds> limit) = 0;
+    // Without waiting: a thread that is in readAvailable gets endOfStreams soon after.
     virtual void closeReadEnds() = 0;
 };
 
