@@ -1,0 +1,127 @@
+#!/usr/bin/env python3
+"""Shows the sample installer at work on a display that nobody sees: drive-demo.py BUNDLE HOME PICTURES
+
+Three rounds: a fresh installation, the same again over it, and one that is refused a folder. Every step is a real key
+press from outside the program; each state is left as a picture.
+"""
+import os
+import shutil
+import sys
+import tempfile
+from collections import Counter
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "tests" / "e2e"))
+
+from driver.bundle import Bundle  # noqa: E402
+from driver.installer import Home, Installer  # noqa: E402
+from driver.session import Session  # noqa: E402
+from driver.waiting import wait_until  # noqa: E402
+
+TITLE = "Larkspur Reverb Installer"
+HIDDEN_FROM_LISTING = (".local", "runtime", ".cache", ".config", "Library/Logs")
+
+
+def say(text=""):
+    print(text, flush=True)
+
+
+def installed_files(home):
+    for path in sorted(home.path.rglob("*")):
+        relative = path.relative_to(home.path)
+        if not str(relative).startswith(HIDDEN_FROM_LISTING) and (path.is_symlink() or path.is_file()):
+            yield relative
+
+
+def say_what_is_installed(home):
+    folders = Counter(str(path.parent) for path in installed_files(home))
+    say(f"Installed in {home.path}: {sum(folders.values())} files and links")
+    for folder, count in sorted(folders.items()):
+        say(f"  {count:4}  {folder}")
+
+
+def say_what_is_in_the_trash(home):
+    names = home.trashed()
+    say(f"In the Trash: {len(names)} items" + ("" if not names else ", among them"))
+    for name in [name for name in names if "Larkspur" in name] + [name for name in names if "Larkspur" not in name][:3]:
+        say(f"        {name}")
+
+
+def say_what_was_logged(home, before):
+    added = home.log()[len(before):].splitlines()
+    say(f"Logged: {len(added)} lines" + ("" if added else " (a run without trouble has nothing to tell)"))
+    for line in added:
+        say(f"        {line}")
+
+
+class Round:
+    def __init__(self, number, session, bundle, home, pictures):
+        self.number, self.session, self.bundle, self.home, self.pictures = number, session, bundle, home, pictures
+        self.shots = 0
+
+    def picture(self, installer, name, still=True):
+        self.shots += 1
+        path = self.pictures / f"{self.number}-{self.shots}-{name}.png"
+        window = installer.wait_for_window(TITLE)
+        if still:
+            self.session.display.wait_until_still()
+        self.session.display.screenshot(path, self.session.display.geometry(window))
+        say(f"    picture: {path.name}")
+
+    def run(self, outcome):
+        before = self.home.log()
+        with Installer(self.bundle, self.home, self.session) as installer:
+            installer.wait_for_window(TITLE)
+            installer.wait_for_button("Agree")
+            say("  The window is open and shows the agreement.")
+            self.picture(installer, "agreement")
+            say("  Key press: Return, which agrees")
+            installer.press("Return")
+            wait_until("the agreement to go", lambda: installer.button("Agree") is None)
+            self.picture(installer, "ready")
+            say("  Key presses: Tab to Install, then the space bar")
+            installer.press_button("Install")
+            self.picture(installer, "installing", still=False)
+            installer.wait_for_text(outcome, seconds=120)
+            say(f'  The sheet says: "{outcome}"')
+            self.picture(installer, "outcome")
+            say("  Key press: Return, which dismisses the sheet")
+            installer.press("Return")
+            wait_until("the sheet to go", lambda: not installer.reads(outcome))
+            self.picture(installer, "afterwards")
+            self.session.display.close_window(installer.wait_for_window(TITLE))
+            installer.wait_for_end()
+        say_what_is_installed(self.home)
+        say_what_is_in_the_trash(self.home)
+        say_what_was_logged(self.home, before)
+
+
+def show(bundle, home, pictures):
+    with tempfile.TemporaryDirectory(prefix="wickfield-demo.") as folder, Session(folder) as session:
+        say("\nRound 1: a fresh installation")
+        Round(1, session, bundle, home, pictures).run("Installation complete")
+        say("\nRound 2: the same again; what is replaced moves to the Trash")
+        Round(2, session, bundle, home, pictures).run("Installation complete")
+        say("\nRound 3: the folder of the plug-ins has become read-only")
+        plugins = home.path / "Library/Audio/Plug-Ins/VST3"
+        shutil.rmtree(plugins)
+        plugins.mkdir(mode=0o555)
+        try:
+            Round(3, session, bundle, home, pictures).run("Installation failed")
+        finally:
+            plugins.chmod(0o755)
+
+
+def main():
+    if len(sys.argv) != 4:
+        sys.exit(__doc__)
+    if os.geteuid() == 0:
+        sys.exit("The demo acts as an ordinary user.")
+    pictures = Path(sys.argv[3])
+    pictures.mkdir(parents=True, exist_ok=True)
+    show(Bundle(os.path.abspath(sys.argv[1])), Home(os.path.abspath(sys.argv[2])), pictures)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,44 @@
+#!/bin/bash
+# Installs the Debian packages that are missing: scripts/packages.sh [build] [demo] [test]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+
+build=(cmake ninja-build g++ pkg-config qt6-base-dev libqt6opengl6-dev libplist-dev libsystemd-dev)
+demo=(xvfb xdotool dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3 python3-gi fonts-dejavu-core lsof)
+test=(libgtest-dev libgmock-dev libbenchmark-dev clang clang-format clang-tidy shellcheck util-linux)
+
+wanted=()
+for group in "${@:-build}"; do
+    case $group in
+        build) wanted+=("${build[@]}") ;;
+        demo) wanted+=("${demo[@]}") ;;
+        test) wanted+=("${test[@]}") ;;
+        *) fail "scripts/packages.sh: no such group: $group" ;;
+    esac
+done
+
+if ! command -v dpkg-query > /dev/null; then
+    say "This is not a Debian machine. If a step fails, look for these packages under the names they have here:"
+    say "  ${wanted[*]}"
+    exit 0
+fi
+
+missing=()
+for package in "${wanted[@]}"; do
+    status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2> /dev/null || true)
+    [[ $status == installed ]] || missing+=("$package")
+done
+(( ${#missing[@]} )) || exit 0
+
+apt=(apt-get)
+if (( EUID != 0 )); then
+    command -v sudo > /dev/null || fail "These packages are missing, and there is no sudo to install them: ${missing[*]}"
+    say "Installing packages needs administrator rights: ${missing[*]}"
+    sudo -v || fail "Without administrator rights, install these packages first: ${missing[*]}"
+    apt=(sudo --preserve-env=DEBIAN_FRONTEND apt-get)
+fi
+export DEBIAN_FRONTEND=noninteractive
+run_step "Reading the package lists" build/logs/apt-update.log "${apt[@]}" update
+run_step "Installing ${#missing[@]} packages" build/logs/apt-install.log \
+    "${apt[@]}" install --yes --no-install-recommends "${missing[@]}"
