@@ -10,7 +10,8 @@
 
 #include "platform/posix/Poll.h"
 #if defined(__linux__)
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #else
 #include <sys/event.h>
 #endif
@@ -19,7 +20,7 @@ namespace platform::posix {
 
 Descriptor openExitWatch(pid_t child) {
 #if defined(__linux__)
-    return Descriptor(::pidfd_open(child, 0));
+    return Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
 #else
     Descriptor queue(::kqueue());
     struct kevent exit {};
