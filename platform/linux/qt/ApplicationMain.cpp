@@ -1,0 +1,67 @@
+#include "platform/ports/ApplicationMain.h"
+
+#include <QApplication>
+#include <QTimer>
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/linux/qt/Appearance.h"
+#include "platform/linux/qt/FirstPaint.h"
+#include "platform/linux/qt/MainWindow.h"
+#include "platform/linux/qt/QtAlerts.h"
+#include "platform/linux/qt/QtApplication.h"
+#include "platform/linux/qt/QtMainThread.h"
+#include "platform/linux/qt/SignalWatch.h"
+#include "platform/linux/services/LinuxHost.h"
+
+namespace platform {
+
+namespace {
+
+// Ends the process with its other threads still at work: nothing that they use is destroyed under them.
+[[noreturn]] void endProcess() {
+    std::fflush(nullptr);
+    std::_Exit(EXIT_SUCCESS);
+}
+
+}  // namespace
+
+// What is made here is never destroyed: threads of the installation may use it to the process's very end.
+int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
+    auto* const loop = new QApplication(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    qt::applyAppearance(*loop, qt::preferredAppearance());
+
+    auto* const application = new qt::QtApplication(endProcess);
+    Host services = linux_host::services();
+    services.mainThread = new qt::QtMainThread;
+    services.application = application;
+    services.alerts = new qt::QtAlerts;
+    setHost(services);
+    QObject::connect(loop, &QApplication::aboutToQuit, application, [application] { application->finish(); });
+    new qt::SignalWatch([application] { application->terminate(); });
+
+    auto* const window = new qt::MainWindow;
+    auto* const delegate = makeDelegate(window->outlets()).release();
+    window->onClosed([application, delegate] {
+        if (delegate->applicationShouldTerminateAfterLastWindowClosed()) {
+            application->terminate();
+        }
+    });
+    delegate->awakeFromNib();
+    if (application->isTerminating()) {
+        application->finish();
+    }
+
+    qt::afterFirstPaint(*window, [window, delegate] {
+        // The buttons act from here on: nothing can be pressed before the agreement is up.
+        window->connectActions(*delegate);
+        delegate->applicationDidFinishLaunching();
+    });
+    window->present();
+    QApplication::exec();
+    application->finish();
+    endProcess();
+}
+
+}  // namespace platform

@@ -1,0 +1,75 @@
+#include "platform/linux/qt/ElidedLabel.h"
+
+#include <QEvent>
+#include <QHelpEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QToolTip>
+#include <algorithm>
+
+namespace platform::qt {
+
+namespace {
+
+constexpr int keptCharacters = 4;     // what stays of a text, at the least
+constexpr int longestLine = 4096;     // characters that are measured and drawn
+constexpr int longestToolTip = 2000;  // characters
+
+}  // namespace
+
+ElidedLabel::ElidedLabel(QWidget* parent) : QLabel(parent) {
+    setTextFormat(Qt::PlainText);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void ElidedLabel::setPlainText(const QString& text) {
+    QString line = text;
+    for (QChar& character : line) {
+        if (character.category() == QChar::Other_Control || character == QChar::LineSeparator ||
+            character == QChar::ParagraphSeparator) {
+            character = u' ';
+        }
+    }
+    setText(line);
+    setAccessibleName(line);
+}
+
+QString ElidedLabel::shownText() const {
+    return fontMetrics().elidedText(text().left(longestLine), Qt::ElideRight, contentsRect().width());
+}
+
+QSize ElidedLabel::sizeHint() const {
+    const auto metrics = fontMetrics();
+    return {metrics.horizontalAdvance(text().left(longestLine)) + 1, metrics.height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const {
+    const auto metrics = fontMetrics();
+    const int kept = metrics.averageCharWidth() * keptCharacters + metrics.horizontalAdvance(QChar(0x2026));
+    return {std::min(kept, sizeHint().width()), metrics.height()};
+}
+
+void ElidedLabel::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    style()->drawItemText(&painter, contentsRect(), Qt::AlignLeading | Qt::AlignVCenter | Qt::TextSingleLine, palette(),
+                          isEnabled(), shownText(), foregroundRole());
+}
+
+bool ElidedLabel::event(QEvent* event) {
+    if (event->type() == QEvent::ToolTip) {
+        const auto* help = static_cast<QHelpEvent*>(event);
+        if (shownText() == text()) {
+            QToolTip::hideText();
+            event->ignore();
+        } else {
+            // As rich text, so that a long name wraps instead of leaving the screen.
+            QToolTip::showText(help->globalPos(),
+                               QString::fromLatin1("<qt>%1</qt>").arg(text().left(longestToolTip).toHtmlEscaped()),
+                               this);
+        }
+        return true;
+    }
+    return QLabel::event(event);
+}
+
+}  // namespace platform::qt

@@ -1,0 +1,25 @@
+// A line of plain text that gives way when there is no room: it ends in "…" and shows the whole text in a tool tip.
+#pragma once
+
+#include <QLabel>
+
+namespace platform::qt {
+
+class ElidedLabel : public QLabel {
+    Q_OBJECT
+
+public:
+    explicit ElidedLabel(QWidget* parent = nullptr);
+
+    void setPlainText(const QString& text);  // line breaks are shown as blanks
+    QString shownText() const;               // as it fits
+
+    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    bool event(QEvent* event) override;
+};
+
+}  // namespace platform::qt
