@@ -1,0 +1,56 @@
+#include "platform/linux/services/ItemMover.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/linux/services/FileErrors.h"
+#include "platform/linux/services/ItemCopier.h"
+#include "platform/linux/services/ItemRemover.h"
+#include "platform/linux/services/PathParts.h"
+#include "platform/linux/services/Staging.h"
+
+namespace platform::linux_host {
+
+namespace {
+
+Failure moveAcross(const std::string& source, const std::string& destination) {
+    if (Failure obstacle = findRemovalObstacle(source)) {
+        return obstacle;
+    }
+    if (Failure failed = copyItem(source, destination)) {
+        return failed;
+    }
+    const std::string staged = stagedSibling(source);
+    if (const int code = renameWithoutReplacing(source, staged); code != 0) {
+        (void)removeTree(destination, Removal::openingFolders);
+        return fileError("move", source, destination, code);
+    }
+    if (Failure failed = removeTree(staged, Removal::openingFolders)) {
+        return Error{failed->code, "“" + source + "” was copied to “" + destination +
+                                       "”, but a part of the original is left: " + failed->description};
+    }
+    return {};
+}
+
+}  // namespace
+
+Failure moveItem(const std::string& source, const std::string& destination) {
+    if (Failure refused = refusedPath("move", source)) {
+        return refused;
+    }
+    if (Failure refused = refusedPath("move to", destination)) {
+        return refused;
+    }
+    const std::string from = withoutTrailingSlashes(source);
+    const std::string to = withoutTrailingSlashes(destination);
+    const int code = renameWithoutReplacing(from, to);
+    if (code == EXDEV) {
+        return moveAcross(from, to);
+    }
+    return code == 0 ? Failure{} : fileError("move", from, to, code);
+}
+
+}  // namespace platform::linux_host

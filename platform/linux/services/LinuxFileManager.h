@@ -1,0 +1,36 @@
+// Files, folders and links of a Linux host.
+#pragma once
+
+#include "platform/ports/FileManager.h"
+
+namespace platform::linux_host {
+
+// Keeps no state. Creation dates: the one that was set (kept in an extended attribute), else the file system's own
+// birth time, else none.
+class LinuxFileManager : public FileManager {
+public:
+    bool fileExists(const std::string& path) override;
+    bool isFolder(const std::string& path) override;
+    bool isWritable(const std::string& path) override;
+    bool isExecutable(const std::string& path) override;
+    std::optional<FileIdentity> identity(const std::string& path) override;
+
+    std::optional<FileAttributes> attributes(const std::string& path) override;
+    std::optional<std::string> destinationOfSymbolicLink(const std::string& path) override;
+    std::optional<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) override;
+
+    Failure removeItem(const std::string& path) override;
+    Failure createDirectory(const std::string& path, Intermediates intermediates) override;
+    Failure copyItem(const std::string& source, const std::string& destination) override;
+    Failure moveItem(const std::string& source, const std::string& destination) override;
+
+    Failure setImmutable(const std::string& path, bool immutable) override;
+    Failure setPermissions(const std::string& path, unsigned permissions) override;
+    Failure setCreationDate(const std::string& path, Date date) override;
+
+    Failure writeAtomically(const std::string& path, std::string_view contents) override;
+    std::optional<std::string> readFile(const std::string& path, std::uint64_t limit) override;
+    std::unique_ptr<AppendHandle> openForAppending(const std::string& path) override;
+};
+
+}  // namespace platform::linux_host
