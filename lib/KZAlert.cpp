@@ -55,8 +55,11 @@ KZAlert::KZAlert() {
 std::shared_ptr<KZAlert> KZAlert::create() { return std::shared_ptr<KZAlert>(new KZAlert); }
 
 KZAlert::~KZAlert() {
+    if (m_alert == nullptr) {
+        return;
+    }
     auto* mainThread = platform::host().mainThread;
-    if (m_alert && mainThread != nullptr && !mainThread->isCurrent()) {
+    if (mainThread != nullptr && !mainThread->isCurrent()) {
         mainThread->perform([alert = std::move(m_alert)]() mutable { alert.reset(); });
     }
 }
