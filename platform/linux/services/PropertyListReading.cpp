@@ -88,10 +88,9 @@ std::optional<PropertyValue> integerFrom(std::string_view text) {
     if (error == std::errc() && magnitude <= largest) {
         return PropertyValue{static_cast<std::int64_t>(negative ? ~magnitude + 1 : magnitude)};
     }
-    double real = 0;
-    for (const char digit : text) {
-        real = real * base + hexDigit(digit);
-    }
+    double real = std::numeric_limits<double>::infinity();  // left alone when it is larger than any real
+    std::from_chars(text.data(), text.data() + text.size(), real,
+                    hexadecimal ? std::chars_format::hex : std::chars_format::fixed);
     return PropertyValue{negative ? -real : real};
 }
 

@@ -1,5 +1,8 @@
 #include "platform/linux/services/Unicode.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace platform::linux_host {
 
 namespace {
@@ -44,7 +47,17 @@ std::optional<CodePoint> firstCodePoint(std::string_view utf8) {
 }
 
 bool isUtf8(std::string_view text) {
+    constexpr std::uint64_t highBits = 0x8080808080808080;
     while (!text.empty()) {
+        // Eight ASCII characters at once.
+        std::uint64_t eight = highBits;
+        if (text.size() >= sizeof eight) {
+            std::memcpy(&eight, text.data(), sizeof eight);
+        }
+        if ((eight & highBits) == 0) {
+            text.remove_prefix(sizeof eight);
+            continue;
+        }
         const auto point = firstCodePoint(text);
         if (!point) {
             return false;

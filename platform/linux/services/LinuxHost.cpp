@@ -1,0 +1,60 @@
+#include "platform/linux/services/LinuxHost.h"
+
+#include "platform/linux/services/LinuxConsole.h"
+#include "platform/linux/services/LinuxFileManager.h"
+#include "platform/linux/services/LinuxIdentity.h"
+#include "platform/linux/services/LinuxMainBundle.h"
+#include "platform/linux/services/LinuxPropertyLists.h"
+#include "platform/linux/services/LinuxStandardFolders.h"
+#include "platform/linux/services/LinuxSystemInfo.h"
+#include "platform/linux/services/LinuxUserDefaults.h"
+#include "platform/linux/services/LinuxWorkspace.h"
+#include "platform/posix/MainQueue.h"
+#include "platform/posix/ProcessLauncher.h"
+
+namespace platform::linux_host {
+
+namespace {
+
+std::string toolsBeside(const std::string& executable) {
+    return executable.substr(0, executable.rfind('/') + 1) + "tools";
+}
+
+struct Services {
+    LinuxFileManager files;
+    LinuxIdentity identity;
+    LinuxStandardFolders folders{identity};
+    LinuxWorkspace workspace{files, folders, identity};
+    LinuxSystemInfo system;
+    LinuxPropertyLists propertyLists;
+    LinuxMainBundle bundle{propertyLists};
+    posix::ProcessLauncher processes{toolsBeside(bundle.executablePath())};
+    posix::MainQueue mainThread;
+    LinuxConsole console;
+    LinuxUserDefaults defaults{LinuxUserDefaults::Services{files, propertyLists, bundle, identity}};
+    Host host;
+
+    Services() {
+        host.files = &files;
+        host.workspace = &workspace;
+        host.folders = &folders;
+        host.identity = &identity;
+        host.system = &system;
+        host.bundle = &bundle;
+        host.propertyLists = &propertyLists;
+        host.processes = &processes;
+        host.mainThread = &mainThread;
+        host.console = &console;
+        host.defaults = &defaults;
+    }
+};
+
+}  // namespace
+
+const Host& services() {
+    // Not destroyed: other threads may still use the services while the process ends.
+    static const Services& all = *new Services;
+    return all.host;
+}
+
+}  // namespace platform::linux_host
