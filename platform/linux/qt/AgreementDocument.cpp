@@ -1,17 +1,35 @@
 #include "platform/linux/qt/AgreementDocument.h"
 
 #include <optional>
+#include <string_view>
 
 #include "platform/linux/qt/AgreementFile.h"
 #include "platform/linux/qt/AgreementTextDocument.h"
 #include "platform/linux/qt/HtmlDocument.h"
 #include "platform/linux/qt/PlainTextDocument.h"
+#include "platform/linux/qt/RtfWriter.h"
 
 namespace platform::qt {
 
 namespace {
 
 constexpr std::size_t kMaximumBytes = std::size_t{64} * 1024 * 1024;
+
+// Whether the document shows all of the bytes.
+bool fill(QTextDocument& document, AgreementKind kind, const AgreementFile& file, const std::string& folder) {
+    if (kind == AgreementKind::richText) {
+        return fillFromRichText(document, std::string_view(file.bytes), folder);
+    }
+    QString text = decodePlainText(file.bytes);
+    const bool complete = text.size() <= kMaximumCharacters;
+    text.truncate(kMaximumCharacters);
+    if (kind == AgreementKind::html) {
+        fillFromHtml(document, text, folder);
+    } else {
+        fillFromPlainText(document, text);
+    }
+    return complete;
+}
 
 }  // namespace
 
@@ -22,14 +40,8 @@ std::unique_ptr<AgreementDocument> loadAgreement(const std::string& path) {
         return nullptr;
     }
     auto document = std::make_unique<AgreementTextDocument>();
-    QString text = decodePlainText(contents->bytes);
-    const bool complete = contents->complete && text.size() <= kMaximumCharacters;
-    text.truncate(kMaximumCharacters);
-    if (agreementKind(file, contents->bytes) == AgreementKind::html) {
-        fillFromHtml(*document, text, folderOf(file));
-    } else {
-        fillFromPlainText(*document, text);
-    }
+    const AgreementKind kind = agreementKind(file, contents->bytes);
+    const bool complete = fill(*document, kind, *contents, folderOf(file)) && contents->complete;
     if (!complete) {
         appendContinuationNote(*document, file);
     }
