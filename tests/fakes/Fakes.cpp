@@ -5,6 +5,7 @@
 #include "tests/fakes/FakeAuthorization.h"
 #include "tests/fakes/FakeConsole.h"
 #include "tests/fakes/FakeControls.h"
+#include "tests/fakes/FakeFileManager.h"
 #include "tests/fakes/FakeIdentity.h"
 #include "tests/fakes/FakeMainBundle.h"
 #include "tests/fakes/FakeMainThread.h"
