@@ -16,7 +16,7 @@ namespace platform::linux_host {
 namespace {
 
 // True when the item is a folder, whose contents are still to be given away.
-bool giveItem(int folder, const std::string& name, const Account& owner) {
+bool giveItem(int folder, const std::string& name, const Owner& owner) {
     struct stat status {};
     if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return false;
@@ -28,7 +28,7 @@ bool giveItem(int folder, const std::string& name, const Account& owner) {
     return isFolder;
 }
 
-std::vector<std::string> giveEntries(int folder, const Account& owner) {
+std::vector<std::string> giveEntries(int folder, const Owner& owner) {
     std::vector<DirectoryEntry> entries;
     std::vector<std::string> folders;
     (void)listFolder(folder, entries);
@@ -42,7 +42,7 @@ std::vector<std::string> giveEntries(int folder, const Account& owner) {
 
 }  // namespace
 
-void giveTree(const std::string& path, const Account& owner) {
+void giveTree(const std::string& path, const Owner& owner) {
     const PathParts parts = splitPath(path);
     posix::Descriptor parent(::open(parts.folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!parent || !giveItem(parent.get(), parts.name, owner)) {

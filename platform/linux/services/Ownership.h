@@ -7,13 +7,13 @@
 
 namespace platform::linux_host {
 
-struct Account {
+struct Owner {
     uid_t user = 0;
     gid_t group = 0;
 };
 
 // Gives an item, a folder with all that lies in it, to somebody, as far as that is possible; links are not followed. A
 // file that has other names elsewhere keeps its owner, since those names may not be meant.
-void giveTree(const std::string& path, const Account& owner);
+void giveTree(const std::string& path, const Owner& owner);
 
 }  // namespace platform::linux_host

@@ -30,16 +30,16 @@ bool isSameItem(const std::string& path, const std::string& other) {
 }
 
 // The user whom the superuser acts for; none when everybody acts for himself.
-std::optional<Account> ownerOf(const std::string& home) {
+std::optional<Owner> ownerOf(const std::string& home) {
     struct stat status {};
     if (::geteuid() != 0 || ::stat(home.c_str(), &status) != 0 || status.st_uid == 0) {
         return std::nullopt;
     }
-    return Account{status.st_uid, status.st_gid};
+    return Owner{status.st_uid, status.st_gid};
 }
 
 // The folder and those above it, as far as they are missing; the user's home folder is never made.
-bool makeFoldersBelow(const std::string& home, const std::string& path, const std::optional<Account>& owner) {
+bool makeFoldersBelow(const std::string& home, const std::string& path, const std::optional<Owner>& owner) {
     if (isFolder(path)) {
         return true;
     }
@@ -49,7 +49,7 @@ bool makeFoldersBelow(const std::string& home, const std::string& path, const st
     return makePrivateFolder(path, owner);
 }
 
-void linkTrash(const std::string& link, const std::string& items, const std::optional<Account>& owner) {
+void linkTrash(const std::string& link, const std::string& items, const std::optional<Owner>& owner) {
     const std::string home = splitPath(link).folder + "/";
     const std::string target = items.starts_with(home) ? items.substr(home.size()) : items;
     if (::symlink(target.c_str(), link.c_str()) == 0 && owner) {
@@ -57,7 +57,7 @@ void linkTrash(const std::string& link, const std::string& items, const std::opt
     }
 }
 
-std::optional<TrashFolder> userTrash(const UserTrash& trash, const std::optional<Account>& owner) {
+std::optional<TrashFolder> userTrash(const UserTrash& trash, const std::optional<Owner>& owner) {
     struct stat status {};
     const bool absent = ::lstat(trash.folder.c_str(), &status) != 0;
     if (!absent && S_ISDIR(status.st_mode)) {
@@ -77,7 +77,7 @@ std::optional<TrashFolder> userTrash(const UserTrash& trash, const std::optional
     return standard;
 }
 
-std::optional<TrashFolder> fileSystemTrash(const std::string& folder, const std::optional<Account>& owner) {
+std::optional<TrashFolder> fileSystemTrash(const std::string& folder, const std::optional<Owner>& owner) {
     const std::string top = mountPointOf(folder);
     if (top.empty() || top == "/") {
         return std::nullopt;
@@ -114,7 +114,7 @@ Failure recycleItem(const std::string& folder, const std::string& name, const Us
         return fileError("move to the Trash", path, errno);
     }
     const std::string real = joinPath(realFolder.get(), name);
-    const std::optional<Account> owner = ownerOf(splitPath(trash.folder).folder);
+    const std::optional<Owner> owner = ownerOf(splitPath(trash.folder).folder);
     const std::optional<TrashFolder> own = userTrash(trash, owner);
     if (own && areOnSameMount(realFolder.get(), own->items)) {
         return moveIntoTrash(real, *own);
