@@ -16,6 +16,8 @@ namespace platform::linux_host {
 
 namespace {
 
+int unlinked(const std::string& path) { return ::unlink(path.c_str()) == 0 ? 0 : errno; }
+
 Failure moveAcross(const std::string& source, const std::string& destination) {
     if (Failure obstacle = findRemovalObstacle(source)) {
         return obstacle;
@@ -23,10 +25,16 @@ Failure moveAcross(const std::string& source, const std::string& destination) {
     if (Failure failed = copyItem(source, destination)) {
         return failed;
     }
+    struct stat status {};
+    const bool isFolder = ::lstat(source.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
     const std::string staged = stagedSibling(source);
-    if (const int code = renameWithoutReplacing(source, staged); code != 0) {
+    const int code = isFolder ? renameWithoutReplacing(source, staged) : unlinked(source);
+    if (code != 0) {
         (void)removeTree(destination, Removal::openingFolders);
         return fileError("move", source, destination, code);
+    }
+    if (!isFolder) {
+        return {};
     }
     if (Failure failed = removeTree(staged, Removal::openingFolders)) {
         return Error{failed->code, "“" + source + "” was copied to “" + destination +
