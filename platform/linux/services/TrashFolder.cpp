@@ -55,7 +55,7 @@ std::string percentEncoded(const std::string& path) {
 }
 
 // 0 or an errno; EEXIST when there is such a note.
-int writeNote(const std::string& path, const std::string& text, const std::optional<Account>& owner) {
+int writeNote(const std::string& path, const std::string& text, const std::optional<Owner>& owner) {
     const posix::Descriptor note(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!note) {
         return errno;
@@ -107,7 +107,7 @@ Failure moveUnderName(const std::string& path, const TrashFolder& trash, const s
 
 }  // namespace
 
-bool makePrivateFolder(const std::string& path, const std::optional<Account>& owner) {
+bool makePrivateFolder(const std::string& path, const std::optional<Owner>& owner) {
     const bool made = ::mkdir(path.c_str(), S_IRWXU) == 0;
     if (!made && errno != EEXIST) {
         return false;
@@ -123,7 +123,7 @@ bool makePrivateFolder(const std::string& path, const std::optional<Account>& ow
     return ::fstat(folder.get(), &status) == 0 && status.st_uid == (owner ? owner->user : ::geteuid());
 }
 
-std::optional<TrashFolder> makeTrash(const std::string& trash, const std::optional<Account>& owner) {
+std::optional<TrashFolder> makeTrash(const std::string& trash, const std::optional<Owner>& owner) {
     TrashFolder made{joinPath(trash, "files"), joinPath(trash, "info"), {}, owner};
     if (!makePrivateFolder(made.items, owner) || !makePrivateFolder(*made.notes, owner)) {
         return std::nullopt;

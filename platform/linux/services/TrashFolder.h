@@ -16,15 +16,15 @@ struct TrashFolder {
     std::string items;
     std::optional<std::string> notes;  // none for a plain folder
     std::string topFolder;             // what the notes' paths are relative to; empty: they are absolute
-    std::optional<Account> owner;      // whom what goes into it is given to; none: it stays as it is
+    std::optional<Owner> owner;      // whom what goes into it is given to; none: it stays as it is
 };
 
 // Makes files/ and info/ below `trash`, private to the owner, as far as they are missing. None when that is not
 // possible, or when what stands there is a link or belongs to somebody else.
-std::optional<TrashFolder> makeTrash(const std::string& trash, const std::optional<Account>& owner);
+std::optional<TrashFolder> makeTrash(const std::string& trash, const std::optional<Owner>& owner);
 
 // A folder for its owner alone. True when it was made, or was there, belongs to the owner and is not a link.
-bool makePrivateFolder(const std::string& path, const std::optional<Account>& owner);
+bool makePrivateFolder(const std::string& path, const std::optional<Owner>& owner);
 
 // Moves the item there under the first free name, never replacing anything; across file systems by copying. On a
 // failure the item is where it was and no note stays.
