@@ -15,14 +15,14 @@ namespace fakes {
 
 // What a tool does that is only pretended to run.
 struct FakeTool {
-    platform::Failure launchFailure;
-    std::string output;
-    std::string error;
+    platform::Failure launchFailure{};
+    std::string output{};
+    std::string error{};
     int status = 0;
-    bool runsUntilEnded = false;         // until it is terminated, killed or let end by FakeProcess::end
-    bool ignoresTerminate = false;       // only kill ends it
-    bool leavesStreamsOpen = false;      // a subtask holds them after the tool has ended
-    std::function<void()> whenLaunched;  // on the launching thread
+    bool runsUntilEnded = false;           // until it is terminated, killed or let end by FakeProcess::end
+    bool ignoresTerminate = false;         // only kill ends it
+    bool leavesStreamsOpen = false;        // a subtask holds them after the tool has ended
+    std::function<void()> whenLaunched{};  // on the launching thread
 };
 
 class FakeProcess : public platform::Process {
