@@ -240,7 +240,10 @@ void RtfReader::beginDestination(std::string_view word, RtfDestination destinati
             m_picture.begin();
             break;
         case RtfDestination::note:
+            group().place.style.script = RtfCharacterStyle::Script::none;
             m_body.addText(QStringView(u" [").toString(), group().place);
+            m_noteBegins = true;
+            m_noteBreak = false;
             break;
         default:
             break;
@@ -277,6 +280,20 @@ void RtfReader::writeAttachment() {
     m_afterAttachment = true;
 }
 
+// Blanks at its beginning and the end of its last paragraph are no part of what a footnote says.
+void RtfReader::writeNote(QString text) {
+    if (m_noteBegins) {
+        while (text.startsWith(u' ')) {
+            text.remove(0, 1);
+        }
+    }
+    if (!text.isEmpty()) {
+        m_body.addText(m_noteBreak ? u' ' + text : text, group().place);
+        m_noteBegins = false;
+        m_noteBreak = false;
+    }
+}
+
 void RtfReader::handleContentWord(std::string_view word, std::optional<int> value) {
     if (word == "uc") {
         group().fallback = std::clamp(value.value_or(1), 0, 255);
@@ -288,6 +305,9 @@ void RtfReader::handleContentWord(std::string_view word, std::optional<int> valu
     }
     if (!isContent() || handleBreak(word) || handleDocumentWord(word, value)) {
         return;
+    }
+    if (group().destination == RtfDestination::note && (word == "plain" || word == "f" || word == "fs")) {
+        return;  // it stands in a line of the text, so it looks like that line
     }
     if (applyCharacterWord(group().place.style, word, value)) {
         if (word == "plain") {
@@ -336,7 +356,7 @@ bool RtfReader::handleBreak(std::string_view word) {
     }
     const bool ends = word == "par" || word == "nestcell" || word == "sect" || word == "page" || word == "column";
     if (ends && group().destination == RtfDestination::note) {
-        write(QString(u' '));
+        m_noteBreak = !m_noteBegins;
     } else if (word == "par" || word == "nestcell") {
         m_body.endParagraph(group().place);
     } else if (ends) {
@@ -389,8 +409,10 @@ void RtfReader::flushBytes() {
 void RtfReader::write(const QString& text) {
     switch (group().destination) {
         case RtfDestination::body:
-        case RtfDestination::note:
             m_body.addText(text, group().place);
+            break;
+        case RtfDestination::note:
+            writeNote(text);
             break;
         case RtfDestination::fontTable:
             m_fontTable.text(text);

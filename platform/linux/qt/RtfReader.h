@@ -50,6 +50,7 @@ private:
     const RtfFont* font() const;
     void flushBytes();
     void write(const QString& text);
+    void writeNote(QString text);
     void writeAttachment();
 
     Group& group() { return m_groups.back(); }
@@ -70,6 +71,8 @@ private:
     int m_defaultFont = 0;
     int m_fallbackLeft = 0;
     bool m_starred = false;
+    bool m_noteBegins = false;
+    bool m_noteBreak = false;        // a paragraph of the footnote ended
     bool m_afterAttachment = false;  // a character that stands in for it follows
     int m_paperWidth = 12240;
     int m_marginLeft = 1800;

@@ -5,6 +5,7 @@
 #include <QTextDocument>
 #include <QTextTable>
 #include <algorithm>
+#include <numeric>
 
 #include "platform/linux/qt/RtfReader.h"
 
@@ -14,6 +15,7 @@ namespace {
 
 constexpr int kDeepestIndent = 4320;
 constexpr int kWidestSpace = 1440;
+constexpr int kSpaceBelowTable = 120;
 
 qreal pixelsPerTwip() {
     constexpr qreal twipsPerInch = 1440;
@@ -100,12 +102,16 @@ RtfWriter::RtfWriter(QTextDocument& target, const RtfDocument& source, const std
 
 void RtfWriter::write() {
     m_cursor.beginEditBlock();
-    for (const RtfBlock& block : m_source.blocks) {
-        if (const auto* paragraph = std::get_if<RtfParagraph>(&block)) {
+    for (std::size_t i = 0; i < m_source.blocks.size(); ++i) {
+        if (const auto* paragraph = std::get_if<RtfParagraph>(&m_source.blocks[i])) {
             writeParagraph(*paragraph);
-        } else {
-            writeTable(std::get<RtfTable>(block));
+            continue;
         }
+        // A layout drops the space above what follows a table, so the table itself keeps it.
+        const RtfBlock* next = i + 1 < m_source.blocks.size() ? &m_source.blocks[i + 1] : nullptr;
+        const auto* follower = next != nullptr ? std::get_if<RtfParagraph>(next) : nullptr;
+        const int space = follower != nullptr ? std::min(follower->style.spaceBefore, kWidestSpace) : 0;
+        writeTable(std::get<RtfTable>(m_source.blocks[i]), std::max(space, kSpaceBelowTable));
     }
     m_cursor.endEditBlock();
 }
@@ -116,7 +122,7 @@ void RtfWriter::writeParagraph(const RtfParagraph& paragraph) {
         charFormat(paragraph.inlines.empty() ? paragraph.mark : paragraph.inlines.front().style);
     if (m_inNewBlock) {
         m_cursor.setBlockFormat(format);
-        m_cursor.setBlockCharFormat(mark);
+        m_cursor.mergeBlockCharFormat(mark);  // merged: a cell keeps how many rows and columns it spans in there
     } else {
         m_cursor.insertBlock(format, mark);
     }
@@ -267,9 +273,9 @@ std::optional<QColor> RtfWriter::color(int number) const {
     return m_source.colors[index];
 }
 
-void RtfWriter::writeTable(const RtfTable& source) {
+void RtfWriter::writeTable(const RtfTable& source, int spaceBelow) {
     if (const std::optional<RtfGrid> grid = gridOf(source)) {
-        writeGrid(*grid);
+        writeGrid(*grid, spaceBelow);
     } else {
         writeRowsAsText(source);
     }
@@ -288,11 +294,26 @@ void RtfWriter::writeRowsAsText(const RtfTable& source) {
     }
 }
 
-void RtfWriter::writeGrid(const RtfGrid& grid) {
-    int total = 0;
-    for (const int width : grid.widths) {
-        total += width;
+void RtfWriter::writeGrid(const RtfGrid& grid, int spaceBelow) {
+    if (!m_inNewBlock) {
+        m_cursor.insertBlock(QTextBlockFormat(), QTextCharFormat());
     }
+    const QTextTableFormat format = tableFormat(grid, spaceBelow);
+    QTextTable* table = m_cursor.insertTable(grid.rows, static_cast<int>(grid.widths.size()), format);
+    for (const RtfPlacedCell& placed : grid.cells) {
+        table->mergeCells(placed.row, placed.column, placed.rows, placed.columns);
+    }
+    for (const RtfPlacedCell& placed : grid.cells) {
+        writeCell(table->cellAt(placed.row, placed.column), placed);
+    }
+    m_cursor = table->lastCursorPosition();
+    m_cursor.movePosition(QTextCursor::NextBlock);
+    m_inNewBlock = true;
+    m_spaceAbove = 0;
+}
+
+QTextTableFormat RtfWriter::tableFormat(const RtfGrid& grid, int spaceBelow) const {
+    const int total = std::accumulate(grid.widths.begin(), grid.widths.end(), 0);
     const bool lines =
         std::any_of(grid.cells.begin(), grid.cells.end(), [](const RtfPlacedCell& cell) { return cell.shape.lines; });
     QList<QTextLength> columns;
@@ -306,38 +327,30 @@ void RtfWriter::writeGrid(const RtfGrid& grid) {
     format.setCellSpacing(0);
     format.setCellPadding(pixels(90));
     format.setTopMargin(pixels(m_spaceAbove));
-    format.setWidth(
-        QTextLength(QTextLength::PercentageLength, std::clamp(100.0 * total / m_source.textWidth, 40.0, 100.0)));
+    format.setBottomMargin(pixels(spaceBelow));
+    const double share = std::clamp(100.0 * total / m_source.textWidth, 40.0, 100.0);
+    format.setWidth(QTextLength(QTextLength::PercentageLength, share));
     format.setColumnWidthConstraints(columns);
-    if (!m_inNewBlock) {
-        m_cursor.insertBlock(QTextBlockFormat(), QTextCharFormat());
-    }
-    QTextTable* table = m_cursor.insertTable(grid.rows, static_cast<int>(columns.size()), format);
-    for (const RtfPlacedCell& placed : grid.cells) {
-        table->mergeCells(placed.row, placed.column, placed.rows, placed.columns);
-    }
-    for (const RtfPlacedCell& placed : grid.cells) {
-        QTextTableCell cell = table->cellAt(placed.row, placed.column);
-        QTextTableCellFormat cellFormat = cell.format().toTableCellFormat();
-        if (const std::optional<QColor> background = color(placed.shape.background)) {
-            cellFormat.setBackground(*background);
-        }
-        if (placed.shape.vertical != RtfCellShape::Vertical::top) {
-            const bool middle = placed.shape.vertical == RtfCellShape::Vertical::middle;
-            cellFormat.setVerticalAlignment(middle ? QTextCharFormat::AlignMiddle : QTextCharFormat::AlignBottom);
-        }
-        cell.setFormat(cellFormat);
-        m_cursor = cell.firstCursorPosition();
-        m_inNewBlock = true;
-        m_spaceAbove = 0;
-        for (const RtfParagraph* paragraph : placed.paragraphs) {
-            writeParagraph(*paragraph);
-        }
-    }
-    m_cursor = table->lastCursorPosition();
-    m_cursor.movePosition(QTextCursor::NextBlock);
+    return format;
+}
+
+void RtfWriter::writeCell(QTextTableCell cell, const RtfPlacedCell& placed) {
+    m_cursor = cell.firstCursorPosition();
     m_inNewBlock = true;
-    m_spaceAbove = 120;
+    m_spaceAbove = 0;
+    for (const RtfParagraph* paragraph : placed.paragraphs) {
+        writeParagraph(*paragraph);
+    }
+    // Last, since the format of a cell's first paragraph is also that of the cell.
+    QTextCharFormat format = cell.format();
+    if (const std::optional<QColor> background = color(placed.shape.background)) {
+        format.setBackground(*background);
+    }
+    if (placed.shape.vertical != RtfCellShape::Vertical::top) {
+        const bool middle = placed.shape.vertical == RtfCellShape::Vertical::middle;
+        format.setVerticalAlignment(middle ? QTextCharFormat::AlignMiddle : QTextCharFormat::AlignBottom);
+    }
+    cell.setFormat(format);
 }
 
 }  // namespace platform::qt

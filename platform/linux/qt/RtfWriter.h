@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QTextCursor>
+#include <QTextTable>
 #include <map>
 #include <optional>
 #include <string>
@@ -31,8 +32,10 @@ private:
     void writeParagraph(const RtfParagraph& paragraph);
     void writeInline(const RtfInline& run);
     void writePicture(const RtfPicture& picture, const QTextCharFormat& style);
-    void writeTable(const RtfTable& source);
-    void writeGrid(const RtfGrid& grid);
+    void writeTable(const RtfTable& source, int spaceBelow);
+    void writeGrid(const RtfGrid& grid, int spaceBelow);
+    void writeCell(QTextTableCell cell, const RtfPlacedCell& placed);
+    QTextTableFormat tableFormat(const RtfGrid& grid, int spaceBelow) const;
     void writeRowsAsText(const RtfTable& source);
     QTextBlockFormat blockFormat(const RtfParagraphStyle& style) const;
     void setTabs(QTextBlockFormat& format, const RtfParagraphStyle& style) const;
