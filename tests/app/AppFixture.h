@@ -57,9 +57,9 @@ protected:
         write(path, contents);
         bundle.resources["InstallerSettings.plist"] = path;
     }
-    void addResource(const std::string& name, const std::string& contents) {
-        write(bundle.resourcesFolder + "/" + name, contents);
-        bundle.resources[name] = bundle.resourcesFolder + "/" + name;
+    void addResource(const std::string& file, const std::string& contents) {
+        write(bundle.resourcesFolder + "/" + file, contents);
+        bundle.resources[file] = bundle.resourcesFolder + "/" + file;
     }
 
     platform::Host makeHost() {
@@ -133,6 +133,6 @@ protected:
     fakes::FakeImageView image;
     fakes::FakeTextView agreementText;
 
-    platform::ScopedHost host{makeHost()};
+    platform::ScopedHost scope{makeHost()};
     WickfieldAppDelegate delegate{outlets()};
 };

@@ -12,8 +12,8 @@ constexpr auto scriptFailed = "Installation failed: A script terminated the inst
 class Installation : public AppFixture {
 protected:
     // A place on the disk, and the file of the tree that is installed there.
-    std::string target(const std::string& name) const { return disk / "target/" + name; }
-    std::string inTree(const std::string& name) const { return tree() + target(name); }
+    std::string target(const std::string& file) const { return disk / "target/" + file; }
+    std::string inTree(const std::string& file) const { return tree() + target(file); }
 
     std::vector<std::string> trashed() const {
         std::vector<std::string> names;
