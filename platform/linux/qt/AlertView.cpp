@@ -85,7 +85,7 @@ AlertView::AlertView(const AlertContents& contents, std::function<void(long)> an
     outer->addLayout(top, 1);
 
     m_row = new QBoxLayout(QBoxLayout::LeftToRight);
-    m_row->setSpacing(gap);
+    m_row->setSpacing(6);
     outer->addLayout(m_row);
     addButtons(contents);
 }
@@ -133,7 +133,6 @@ void AlertView::addButtons(const AlertContents& contents) {
         m_alternate = addButton(new QPushButton, toQt(*contents.alternateButton), 0);
     }
     m_default = addButton(new ProminentButton, toQt(contents.defaultButton.value_or("OK")), 1);
-    m_default->setFocus();
 }
 
 QPushButton* AlertView::addButton(QPushButton* button, const QString& title, long code) {
@@ -148,7 +147,7 @@ QPushButton* AlertView::addButton(QPushButton* button, const QString& title, lon
 
 SheetButtons AlertView::answerButtons() const {
     QPushButton* const only = m_alternate == nullptr && m_other == nullptr ? m_default : nullptr;
-    return {m_default, m_alternate != nullptr ? m_alternate : only};
+    return {m_default, m_alternate != nullptr ? m_alternate : only, m_default};
 }
 
 QPushButton* AlertView::button(long code) const { return code == 1 ? m_default : code == 0 ? m_alternate : m_other; }

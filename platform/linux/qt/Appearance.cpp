@@ -3,9 +3,11 @@
 #include <QApplication>
 #include <QGuiApplication>
 #include <QStyle>
-#include <QStyleFactory>
 #include <QWidget>
+#include <algorithm>
 #include <cmath>
+
+#include "platform/linux/qt/InstallerStyle.h"
 
 namespace platform::qt {
 
@@ -91,7 +93,7 @@ bool animationsWanted(const QWidget& widget) {
 }
 
 void applyAppearance(QApplication& application, Appearance appearance) {
-    application.setStyle(QStyleFactory::create(QString::fromLatin1("Fusion")));
+    application.setStyle(new InstallerStyle);  // owned by the application
     application.setPalette(paletteFor(appearance));
 }
 

@@ -1,7 +1,6 @@
 #include "platform/ports/ApplicationMain.h"
 
 #include <QApplication>
-#include <QTimer>
 #include <cstdio>
 #include <cstdlib>
 

@@ -2,8 +2,8 @@
 
 #include <QFileInfo>
 #include <QImageReader>
-#include <QLayout>
 #include <QPushButton>
+#include <QTextBrowser>
 #include <utility>
 
 #include "platform/linux/qt/AgreementDocument.h"
@@ -19,9 +19,11 @@ namespace {
 
 constexpr int largestImageSide = 2560;  // pixels that are kept of an image, in either direction
 
-// Return presses the prominent button of the contents, Escape the plain one when there is only one.
+// Return presses the prominent button of the contents, Escape the plain one when there is only one. A text has the
+// focus first, so that it can be scrolled by the keyboard.
 SheetButtons buttonsOf(const QWidget& contents) {
     SheetButtons buttons;
+    buttons.focused = contents.findChild<QTextBrowser*>();
     int others = 0;
     for (auto* button : contents.findChildren<QPushButton*>()) {
         if (qobject_cast<ProminentButton*>(button) != nullptr) {

@@ -12,8 +12,6 @@
 
 namespace platform::qt {
 
-class SheetOverlay;
-
 class QtApplication : public QObject, public Application {
     Q_OBJECT
 
@@ -35,8 +33,6 @@ public:
     void finish();
 
 private:
-    struct AttachedSheet;
-
     std::function<void()> m_endProcess;
     std::atomic<bool> m_terminating = false;
     bool m_finished = false;

@@ -63,6 +63,9 @@ SheetOverlay::SheetOverlay(QWidget& window, QWidget& contents, SheetButtons butt
     setAccessibleName(contents.windowTitle());
     setFocusPolicy(Qt::NoFocus);
 
+    if (contents.testAttribute(Qt::WA_Resized)) {
+        m_designed = contents.size();
+    }
     m_sheet->setAutoFillBackground(true);
     auto* layout = new QVBoxLayout(m_sheet);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -151,11 +154,11 @@ void SheetOverlay::slideIn() {
 }
 
 QRect SheetOverlay::sheetGeometry() const {
-    const QSize wanted = m_contents ? m_contents->sizeHint() : QSize();
+    const QSize wanted = m_contents ? m_contents->sizeHint().expandedTo(m_designed) : m_designed;
     const int width = std::min(wanted.width(), m_window.width() - 2 * sideMargin);
     int height = wanted.height();
     if (const auto* layout = m_contents ? m_contents->layout() : nullptr; layout && layout->hasHeightForWidth()) {
-        height = layout->totalHeightForWidth(width);
+        height = std::max(layout->totalHeightForWidth(width), m_designed.height());
     }
     height = std::min(height, m_window.height() - bottomMargin);
     return {(m_window.width() - width) / 2, 0, std::max(width, 1), std::max(height, 1)};
@@ -169,14 +172,9 @@ void SheetOverlay::place() {
 }
 
 void SheetOverlay::focusInside() {
-    if (m_contents) {
-        if (auto* inside = m_contents->focusWidget(); inside != nullptr && canTakeFocus(*inside)) {
-            inside->setFocus(Qt::OtherFocusReason);
-            return;
-        }
-    }
-    if (m_buttons.onReturn != nullptr) {
-        m_buttons.onReturn->setFocus(Qt::OtherFocusReason);
+    QWidget* const wanted = m_buttons.focused != nullptr ? m_buttons.focused : m_buttons.onReturn;
+    if (wanted != nullptr) {
+        wanted->setFocus(Qt::OtherFocusReason);
     }
 }
 

@@ -18,6 +18,7 @@ namespace platform::qt {
 struct SheetButtons {
     QAbstractButton* onReturn = nullptr;  // pressed by Return while no button has the focus
     QAbstractButton* onEscape = nullptr;
+    QWidget* focused = nullptr;  // has the focus at first; null: the button for Return
 };
 
 class SheetOverlay : public QWidget {
@@ -59,6 +60,7 @@ private:
     QPointer<QWidget> m_contents;
     SheetButtons m_buttons;
     QAccessible::Role m_role;
+    QSize m_designed;  // what a layout file asks for
     QWidget* m_sheet;  // what slides: the contents with their frame
     QVariantAnimation m_slide;
     double m_shown = 1;  // part of the way that the sheet has slid

@@ -1,0 +1,21 @@
+// Fusion with push buttons that are flat, roomy and show plainly where the focus is.
+#pragma once
+
+#include <QProxyStyle>
+
+namespace platform::qt {
+
+class InstallerStyle : public QProxyStyle {
+    Q_OBJECT
+
+public:
+    InstallerStyle();
+
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override;
+    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                           const QWidget* widget) const override;
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
+};
+
+}  // namespace platform::qt
