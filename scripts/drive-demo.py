@@ -83,7 +83,7 @@ class Round:
             say("  Key presses: Tab to Install, then the space bar")
             installer.press_button("Install")
             self.picture(installer, "installing", still=False)
-            installer.wait_for_text(outcome, seconds=120)
+            installer.wait_for_text(outcome, seconds=20)
             say(f'  The sheet says: "{outcome}"')
             self.picture(installer, "outcome")
             say("  Key press: Return, which dismisses the sheet")

@@ -76,7 +76,6 @@ make_package("${plugins}/Components/Larkspur Reverb.component" com.orrinaudio.la
 make_package("${plugins}/CLAP/Larkspur Reverb.clap" com.orrinaudio.larkspur-reverb.clap)
 make_presets()
 
-file(CREATE_LINK "Presets/Halls/Amber.larkspur" "${support}/Default.larkspur" SYMBOLIC)
 file(COPY_FILE "${SOURCE}/Tree/larkspur-presets" "${support}/larkspur-presets")
 file(CHMOD "${support}/larkspur-presets" PERMISSIONS ${executable})
 

@@ -1,9 +1,9 @@
 #!/bin/bash
-# Runs after the files are in place, with two arguments: this script's path and the installer bundle's path.
+# Runs after the files are in place, with the installer bundle's path as its argument.
 # It compares every installed plug-in with the one in the bundle, then leaves a receipt that names what is where.
 set -u
 
-bundle=$2
+bundle=$1
 tree="$bundle/Contents/Resources/PluginStructure/Users/user"
 receipts="$HOME/Library/Receipts"
 receipt="$receipts/com.orrinaudio.larkspur-reverb.txt"

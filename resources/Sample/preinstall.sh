@@ -1,9 +1,9 @@
 #!/bin/bash
-# Runs before anything is copied, with two arguments: this script's path and the installer bundle's path.
+# Runs before anything is copied, with the installer bundle's path as its argument.
 # Any status but zero stops the installation.
 set -u
 
-bundle=$2
+bundle=$1
 tree="$bundle/Contents/Resources/PluginStructure"
 
 if [[ ! -d "${HOME:-}" || ! -w "$HOME" ]]; then

@@ -51,9 +51,9 @@ class Installing(WindowCase):
         self.assertIn("Café Ænigma.larkspur".encode(), names)
         self.assertEqual(max(len(name) for name in names), 255)
 
-    def test_links_stay_links(self):
+    def test_links_in_a_package_stay_links(self):
         self.install_sample(self.sample())
-        self.assertEqual(os.readlink(self.home.path / SUPPORT / "Default.larkspur"), "Presets/Halls/Amber.larkspur")
+        self.assertEqual(os.readlink(self.home.path / VST3 / "Contents/Resources/About.txt"), "Versions/Current/About.txt")
         self.assertEqual(os.readlink(self.home.path / VST3 / "Contents/Resources/Versions/Current"), "2.4.1")
 
     def test_an_executable_script_stays_executable(self):

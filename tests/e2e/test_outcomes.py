@@ -40,9 +40,9 @@ class Outcomes(WindowCase):
         self.assertTrue(installer.reads(SCRIPT_FAILED))
         self.assertTrue(self.installed().exists())
 
-    def test_scripts_are_given_their_own_path_and_the_bundle_s(self):
+    def test_scripts_know_their_own_path_and_are_given_the_bundle_s(self):
         bundle = self.small()
-        bundle.set_script("preinstall.sh", 'printf "%s\\n" "$@" > "$HOME/arguments"\n')
+        bundle.set_script("preinstall.sh", 'printf "%s\\n" "$0" "$@" > "$HOME/arguments"\n')
         self.install(bundle)
         self.assertEqual((self.home.path / "arguments").read_text().splitlines(),
                          [str(bundle.resources / "preinstall.sh"), str(bundle.path)])
@@ -67,6 +67,24 @@ class Outcomes(WindowCase):
         (self.home.path / "Music").mkdir(mode=0o555)
         self.install(bundle, outcome="Installation failed")
         self.assertFalse((self.home.path / "ran").exists())
+
+    def test_a_link_to_what_is_there_is_installed_as_a_link(self):
+        bundle = self.small()
+        link = bundle.add("Users/user/Music/link.txt")
+        link.unlink()
+        link.symlink_to("there.txt")
+        (self.home.path / "Music").mkdir()
+        (self.home.path / "Music/there.txt").touch()
+        self.install(bundle)
+        self.assertEqual(os.readlink(self.home.path / "Music/link.txt"), "there.txt")
+
+    def test_a_link_that_leads_nowhere_once_it_is_in_place_fails_the_copy(self):
+        bundle = self.small()
+        link = bundle.add("Users/user/Music/link.txt")
+        link.unlink()
+        link.symlink_to("nowhere.txt")
+        installer = self.install(bundle, outcome="Installation failed")
+        self.assertTrue(installer.reads(COPY_FAILED))
 
     def test_after_a_failure_install_stays_disabled(self):
         bundle = self.small()

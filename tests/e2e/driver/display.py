@@ -7,6 +7,7 @@ import subprocess
 import zlib
 from pathlib import Path
 
+from .closing import ask_to_close
 from .waiting import wait_until
 
 NEEDED_TOOLS = ("Xvfb", "xdotool", "dbus-daemon")
@@ -51,6 +52,7 @@ class Display:
             stop(self._process)
             raise RuntimeError("Xvfb did not start")
         self.name = f":{number}"
+        self.xdotool("mousemove", *size)  # out of the pictures, and over nothing that would react to it
 
     def close(self):
         stop(self._process)
@@ -76,8 +78,7 @@ class Display:
         self.xdotool("key", "--clearmodifiers", *keys)
 
     def close_window(self, window):
-        """Asks the window to close, as a title bar's button does; there is no window manager to draw one."""
-        self.xdotool("windowquit", window)
+        ask_to_close(self.name, window)
 
     def pixels(self):
         """Width, height and the rows of RGB bytes of the screen."""

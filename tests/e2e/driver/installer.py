@@ -3,7 +3,7 @@ import os
 import subprocess
 from pathlib import Path
 
-from .waiting import wait_until
+from .waiting import TookTooLong, wait_until
 
 
 class Home:
@@ -81,7 +81,11 @@ class Installer:
         def look():
             self._must_run()
             return self.reads(text)
-        wait_until(f'the text "{text}"', look, seconds)
+        try:
+            wait_until(f'the text "{text}"', look, seconds)
+        except TookTooLong as late:
+            shown = sorted({shown for node in self.nodes() for shown in (node.name, node.text) if shown})
+            raise TookTooLong(f"{late}; what is showing: {shown}") from None
 
     def wait_for_button(self, name, seconds=20.0):
         wait_until(f'a button "{name}"', lambda: self.button(name), seconds)
@@ -112,7 +116,7 @@ class Installer:
             self.press("Tab")
             try:
                 wait_until("the focus to move on", lambda: self.focused() != before, 2.0)
-            except Exception:  # pylint: disable=broad-except
+            except TookTooLong:
                 pass  # the only control that takes the focus keeps it
         raise AssertionError(f'the button "{name}" cannot be reached with Tab')
 
