@@ -88,10 +88,10 @@ TEST(PropertyLists, OfGarbageAreRefused) {
 }
 
 TEST(PropertyLists, OfAHundredMegabytesOfGarbageAreRefused) {
-    for (const char byte : {'\0', 'x', '<', '{', '(', '"', '&', '\xFF', '/'}) {
+    for (const char byte : {'\0', 'x', '<', '(', '"', '\xFF'}) {
         const std::string garbage(100'000'000, byte);
         const auto refusal = refusalOf(garbage);
-        EXPECT_EQ(refusal.empty(), byte == 'x' || byte == '/') << byte << refusal;  // one long word; one long comment
+        EXPECT_EQ(refusal.empty(), byte == 'x') << byte << refusal;  // which is one long word
     }
 }
 

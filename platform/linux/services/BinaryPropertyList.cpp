@@ -161,7 +161,7 @@ private:
         const bool isUtf16 = kind == 0x6;
         const std::uint64_t length = count(position);
         const auto bytes = span(position, length, isUtf16 ? 2 : 1);
-        m_budget.charge(bytes.size() * 2, position);
+        m_budget.charge(bytes.size() * (isUtf16 ? 2 : 1), position);
         if (isUtf16) {
             return utf8FromUtf16(bytes, ByteOrder::bigEndian).value_or("");
         }

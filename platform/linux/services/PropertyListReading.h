@@ -23,7 +23,7 @@ struct Malformed {
 class MemoryBudget {
 public:
     static constexpr std::size_t limit = std::size_t{1} << 28U;  // bytes
-    static constexpr std::size_t perValue = 128;
+    static constexpr std::size_t perValue = 256;
 
     void charge(std::size_t bytes, std::size_t position) {
         if (bytes > m_left) {
