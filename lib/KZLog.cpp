@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint64_t rollOverSize = 500000;    // bytes
 constexpr std::uint64_t shortText = 99;           // UTF-16 units
 constexpr std::size_t longestShutdownQueue = 10;  // entries
-constexpr std::size_t keptScratch = 64 * 1024;    // bytes
+constexpr std::size_t keptScratch = 1U << 16U;    // bytes
 
 // Recursive, since alloc() is reached from within sharedController().
 std::recursive_mutex& classLock() {

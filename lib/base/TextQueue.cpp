@@ -8,7 +8,7 @@ namespace kz {
 namespace {
 
 // A batch is what cannot be cancelled any more, and what is written in one go.
-constexpr std::size_t fullBatch = 256 * 1024;
+constexpr std::size_t fullBatch = 1U << 18U;  // bytes
 constexpr std::size_t mostSpares = 4;
 
 }  // namespace
