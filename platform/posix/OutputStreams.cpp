@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 #include <utility>
 
 #include "platform/posix/Poll.h"
@@ -20,6 +21,20 @@ constexpr std::chrono::milliseconds closingInterval{100};
 // For a tool that prints much: fewer changes between it and this process.
 constexpr int widePipe = 1024 * 1024;
 #endif
+constexpr std::size_t largeText = std::size_t{1024} * 1024;
+
+// A large text grows in larger steps than it would by itself: moving it costs more than reading it, and room that is
+// not used yet takes address space only.
+void makeRoom(std::string& text, std::size_t more) {
+    if (text.size() < largeText || text.capacity() - text.size() >= more) {
+        return;
+    }
+    try {
+        text.reserve(text.size() * 4);
+    } catch (const std::exception&) {
+        // As much as that is not to be had. Appending asks for less.
+    }
+}
 
 }  // namespace
 
@@ -48,6 +63,7 @@ bool OutputStreams::take(Stream& stream, std::string& text) {
         ::fcntl(stream.descriptor.get(), F_SETPIPE_SZ, widePipe);  // refused once the user has many of them
     }
 #endif
+    makeRoom(text, size);
     text.append(m_buffer.get(), size);
     return true;
 }
