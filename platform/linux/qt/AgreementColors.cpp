@@ -1,16 +1,11 @@
 #include <QColor>
 #include <QPalette>
-#include <QTextBlock>
-#include <QTextCursor>
-#include <QTextFrame>
-#include <QTextTable>
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <utility>
-#include <vector>
 
 #include "platform/linux/qt/AgreementDocument.h"
+#include "platform/linux/qt/AgreementFormats.h"
 
 namespace platform::qt {
 
@@ -65,49 +60,24 @@ public:
     void run() {
         QTextCursor edit(&m_document);
         edit.beginEditBlock();
-        recolorFrame(*m_document.rootFrame());
-        for (QTextBlock block = m_document.begin(); block.isValid(); block = block.next()) {
-            recolorBlock(block);
-        }
+        changeFrames(
+            *m_document.rootFrame(),
+            [this](QTextFrameFormat& format) {
+                dropUnreadableBackground(format);
+                if (format.border() > 0) {
+                    format.setBorderBrush(m_line);
+                }
+            },
+            [this](QTextCharFormat& format) {
+                dropUnreadableBackground(format);
+                recolorCellLines(format);
+            });
+        changeParagraphs(m_document, [this](QTextBlockFormat& format) { dropUnreadableBackground(format); });
+        changeText(m_document, [this](QTextCharFormat& format) { recolorText(format); });
         edit.endEditBlock();
     }
 
 private:
-    void recolorFrame(QTextFrame& frame) {
-        QTextFrameFormat format = frame.frameFormat();
-        dropUnreadableBackground(format);
-        if (format.border() > 0) {
-            format.setBorderBrush(m_line);
-        }
-        if (format != frame.frameFormat()) {
-            frame.setFrameFormat(format);
-        }
-        if (auto* table = qobject_cast<QTextTable*>(&frame)) {
-            recolorCells(*table);
-        }
-        const QList<QTextFrame*> children = frame.childFrames();
-        for (QTextFrame* child : children) {
-            recolorFrame(*child);
-        }
-    }
-
-    void recolorCells(QTextTable& table) {
-        for (int row = 0; row < table.rows(); ++row) {
-            for (int column = 0; column < table.columns(); ++column) {
-                QTextTableCell cell = table.cellAt(row, column);
-                if (cell.row() != row || cell.column() != column) {
-                    continue;
-                }
-                QTextCharFormat format = cell.format();
-                dropUnreadableBackground(format);
-                recolorCellLines(format);
-                if (format != cell.format()) {
-                    cell.setFormat(format);
-                }
-            }
-        }
-    }
-
     void recolorCellLines(QTextCharFormat& format) const {
         static constexpr std::array lines{QTextFormat::TableCellTopBorderBrush, QTextFormat::TableCellBottomBorderBrush,
                                           QTextFormat::TableCellLeftBorderBrush,
@@ -119,45 +89,7 @@ private:
         }
     }
 
-    void recolorBlock(const QTextBlock& block) {
-        QTextCursor cursor(block);
-        QTextBlockFormat blockFormat = block.blockFormat();
-        dropUnreadableBackground(blockFormat);
-        if (blockFormat != block.blockFormat()) {
-            cursor.setBlockFormat(blockFormat);
-        }
-        QTextCharFormat marker = block.charFormat();
-        if (recolorText(marker)) {
-            cursor.setBlockCharFormat(marker);
-        }
-        for (const auto& [position, length, format] : changedFragments(block)) {
-            cursor.setPosition(position);
-            cursor.setPosition(position + length, QTextCursor::KeepAnchor);
-            cursor.setCharFormat(format);
-        }
-    }
-
-    struct Fragment {
-        int position;
-        int length;
-        QTextCharFormat format;
-    };
-
-    // Listed first, changed afterwards: a change ends what an iterator stands on.
-    std::vector<Fragment> changedFragments(const QTextBlock& block) const {
-        std::vector<Fragment> fragments;
-        for (auto it = block.begin(); !it.atEnd(); ++it) {
-            QTextCharFormat format = it.fragment().charFormat();
-            if (recolorText(format)) {
-                fragments.push_back({it.fragment().position(), it.fragment().length(), format});
-            }
-        }
-        return fragments;
-    }
-
-    // Whether anything changed.
-    bool recolorText(QTextCharFormat& format) const {
-        const QTextCharFormat before = format;
+    void recolorText(QTextCharFormat& format) const {
         format.clearForeground();
         format.clearProperty(QTextFormat::TextOutline);
         format.clearProperty(QTextFormat::TextUnderlineColor);
@@ -166,7 +98,6 @@ private:
             format.setFontUnderline(true);
         }
         dropUnreadableBackground(format);
-        return format != before;
     }
 
     template <typename Format>

@@ -20,7 +20,7 @@ bool fill(QTextDocument& document, AgreementKind kind, const AgreementFile& file
     if (kind == AgreementKind::richText) {
         return fillFromRichText(document, std::string_view(file.bytes), folder);
     }
-    QString text = decodePlainText(file.bytes);
+    QString text = kind == AgreementKind::html ? decodeHtml(file.bytes) : decodePlainText(file.bytes);
     const bool complete = text.size() <= kMaximumCharacters;
     text.truncate(kMaximumCharacters);
     if (kind == AgreementKind::html) {

@@ -1,6 +1,7 @@
 // HTML as a text document.
 #pragma once
 
+#include <QByteArrayView>
 #include <QString>
 #include <string>
 
@@ -8,8 +9,12 @@ class QTextDocument;
 
 namespace platform::qt {
 
-// Replaces the contents of the document. Pictures are taken from the folder and from what the text itself carries,
-// never from elsewhere; hidden elements and scripts are left out.
+// Decodes by the byte-order mark, else by the encoding that the page names, else as plain text is.
+QString decodeHtml(QByteArrayView bytes);
+
+// Replaces the contents of the document. Pictures are taken from the folder and from what the page itself carries,
+// never from elsewhere. Hidden elements and scripts are left out; sizes that no window could show are brought into
+// bounds.
 void fillFromHtml(QTextDocument& document, const QString& html, const std::string& folder);
 
 }  // namespace platform::qt

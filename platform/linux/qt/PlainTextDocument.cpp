@@ -6,7 +6,7 @@
 #include <array>
 #include <optional>
 
-#include "platform/linux/qt/RtfCharset.h"
+#include "platform/linux/qt/AgreementCharset.h"
 
 namespace platform::qt {
 

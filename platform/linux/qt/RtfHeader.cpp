@@ -58,6 +58,34 @@ QString numberText(int format, int number) {
 
 }  // namespace
 
+bool RtfSettings::word(std::string_view word, std::optional<int> value) {
+    const int number = value.value_or(0);
+    if (word == "ansicpg") {
+        codePage = number > 0 ? number : codePage;
+    } else if (word == "mac") {
+        codePage = 10000;
+    } else if (word == "pc") {
+        codePage = 437;
+    } else if (word == "pca") {
+        codePage = 850;
+    } else if (word == "deff") {
+        defaultFont = number;
+    } else if (word == "deftab" || word == "pardeftab") {
+        tabDistance = std::clamp(number, 144, 2880);
+    } else if (word == "paperw") {
+        paperWidth = std::clamp(number, 2880, 31680);
+    } else if (word == "margl") {
+        leftMargin = std::clamp(number, 0, 31680);
+    } else if (word == "margr") {
+        rightMargin = std::clamp(number, 0, 31680);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+int RtfSettings::textWidth() const { return std::max(paperWidth - leftMargin - rightMargin, 1440); }
+
 void RtfFontTable::word(std::string_view word, std::optional<int> value) {
     if (word == "f") {
         m_number = value.value_or(0);

@@ -1,4 +1,4 @@
-// What stands at the head of rich text and is referred to by number: fonts, colours, lists.
+// What stands at the head of rich text and is referred to from its body: settings, fonts, colours, lists.
 #pragma once
 
 #include <QString>
@@ -14,6 +14,20 @@ namespace platform::qt {
 
 // The code page by which a font of symbols is known.
 constexpr int kSymbolCodePage = 42;
+
+// What holds for the whole of a text. Lengths in twips.
+struct RtfSettings {
+    int codePage = 1252;
+    int defaultFont = 0;
+    int tabDistance = 720;
+    int paperWidth = 12240;
+    int leftMargin = 1800;
+    int rightMargin = 1800;
+
+    // Whether the word is one of these settings.
+    bool word(std::string_view word, std::optional<int> value);
+    int textWidth() const;
+};
 
 class RtfFontTable {
 public:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/qt/AgreementCharset.h"
 #include "platform/linux/qt/RtfCharset.h"
 #include "platform/linux/qt/RtfFields.h"
 #include "platform/linux/qt/RtfStyles.h"
@@ -31,7 +32,8 @@ RtfDocument RtfReader::read() {
         closeGroup();  // a text that is cut off leaves groups open, a picture or a footnote perhaps
     }
     m_body.finish(group().place);
-    m_document.textWidth = std::max(m_paperWidth - m_marginLeft - m_marginRight, 1440);
+    m_document.textWidth = m_settings.textWidth();
+    m_document.tabDistance = m_settings.tabDistance;
     return std::move(m_document);
 }
 
@@ -303,7 +305,13 @@ void RtfReader::handleContentWord(std::string_view word, std::optional<int> valu
         write(QString(character));
         return;
     }
-    if (!isContent() || handleBreak(word) || handleDocumentWord(word, value)) {
+    if (!isContent() || handleBreak(word)) {
+        return;
+    }
+    if (m_settings.word(word, value)) {
+        if (word == "deff") {
+            group().place.style.font = m_settings.defaultFont;
+        }
         return;
     }
     if (group().destination == RtfDestination::note && (word == "plain" || word == "f" || word == "fs")) {
@@ -311,7 +319,7 @@ void RtfReader::handleContentWord(std::string_view word, std::optional<int> valu
     }
     if (applyCharacterWord(group().place.style, word, value)) {
         if (word == "plain") {
-            group().place.style.font = m_defaultFont;
+            group().place.style.font = m_settings.defaultFont;
         }
         return;
     }
@@ -321,33 +329,6 @@ void RtfReader::handleContentWord(std::string_view word, std::optional<int> valu
     if (!applyParagraphWord(group().place.paragraph, word, value)) {
         m_body.rows().word(word, value);
     }
-}
-
-bool RtfReader::handleDocumentWord(std::string_view word, std::optional<int> value) {
-    const int number = value.value_or(0);
-    if (word == "ansicpg") {
-        m_codePage = number > 0 ? number : m_codePage;
-    } else if (word == "mac") {
-        m_codePage = 10000;
-    } else if (word == "pc") {
-        m_codePage = 437;
-    } else if (word == "pca") {
-        m_codePage = 850;
-    } else if (word == "deff") {
-        m_defaultFont = number;
-        group().place.style.font = number;
-    } else if (word == "deftab") {
-        m_document.tabDistance = std::clamp(number, 144, 2880);
-    } else if (word == "paperw") {
-        m_paperWidth = std::clamp(number, 2880, 31680);
-    } else if (word == "margl") {
-        m_marginLeft = std::clamp(number, 0, 31680);
-    } else if (word == "margr") {
-        m_marginRight = std::clamp(number, 0, 31680);
-    } else {
-        return false;
-    }
-    return true;
 }
 
 bool RtfReader::handleBreak(std::string_view word) {
@@ -401,7 +382,7 @@ void RtfReader::flushBytes() {
         write(decodeSymbols(current->name, m_bytes));
     } else {
         const bool own = current == nullptr || current->codePage == 0;
-        write(decodeCodePage(own ? m_codePage : current->codePage, m_bytes));
+        write(decodeCodePage(own ? m_settings.codePage : current->codePage, m_bytes));
     }
     m_bytes.clear();
 }

@@ -41,7 +41,6 @@ private:
     void beginDestination(std::string_view word, RtfDestination destination);
     void endDestination(RtfDestination destination);
     void handleContentWord(std::string_view word, std::optional<int> value);
-    bool handleDocumentWord(std::string_view word, std::optional<int> value);
     bool handleBreak(std::string_view word);
     void handleUnicode(int value);
 
@@ -58,6 +57,7 @@ private:
 
     RtfTokenizer m_tokens;
     RtfDocument m_document;
+    RtfSettings m_settings;
     RtfFontTable m_fontTable{m_document.fonts};
     RtfColorTable m_colorTable{m_document.colors};
     RtfBody m_body;
@@ -67,16 +67,11 @@ private:
     std::vector<QString> m_instructions;  // of the open fields
     QString m_name;                       // of a bookmark or an attachment
     QByteArray m_bytes;                   // text that waits for its code page
-    int m_codePage = 1252;
-    int m_defaultFont = 0;
     int m_fallbackLeft = 0;
     bool m_starred = false;
     bool m_noteBegins = false;
     bool m_noteBreak = false;        // a paragraph of the footnote ended
     bool m_afterAttachment = false;  // a character that stands in for it follows
-    int m_paperWidth = 12240;
-    int m_marginLeft = 1800;
-    int m_marginRight = 1800;
 };
 
 }  // namespace platform::qt
