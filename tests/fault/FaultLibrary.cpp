@@ -82,6 +82,7 @@ FAULTY(int, unlink, (const char* path), (path))
 FAULTY(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags))
 FAULTY(int, rmdir, (const char* path), (path))
 FAULTY(int, fchmod, (int file, mode_t mode), (file, mode))
+FAULTY(int, fchmodat, (int folder, const char* path, mode_t mode, int flags), (folder, path, mode, flags))
 FAULTY(int, fchown, (int file, uid_t user, gid_t group), (file, user, group))
 FAULTY(int, futimens, (int file, const struct timespec times[2]), (file, times))
 FAULTY(int, utimensat, (int folder, const char* path, const struct timespec times[2], int flags),

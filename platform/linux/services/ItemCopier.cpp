@@ -139,6 +139,8 @@ private:
         if (::mkdir(staged.c_str(), S_IRWXU) != 0) {
             return failed(errno);
         }
+        // An access list that the folder above hands down can take its maker's own rights away.
+        (void)::fchmodat(AT_FDCWD, staged.c_str(), S_IRWXU, AT_SYMLINK_NOFOLLOW);
         posix::Descriptor to(::open(staged.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         Failure failure = to ? TreeCopier(std::move(from), m_source, std::move(to)).run() : failed(errno);
         if (!failure) {

@@ -1,0 +1,202 @@
+#include "platform/linux/services/LinuxFileManager.h"
+
+#include <fcntl.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "tests/linux/FilesFixture.h"
+
+namespace {
+
+using platform::FileType;
+using platform::Intermediates;
+
+using Files = FilesFixture;
+
+TEST_F(Files, LockedFileCanNeitherBeRemovedNorReplacedUntilItIsUnlocked) {
+    write("file", "x");
+    if (m_files.setImmutable(at("file"), true)) {
+        GTEST_SKIP() << "no right to lock files, or no such flag here";
+    }
+    const bool locked = m_files.attributes(at("file"))->immutable;
+    const auto again = m_files.setImmutable(at("file"), true);
+    const auto removed = m_files.removeItem(at("file"));
+    const auto written = m_files.writeAtomically(at("file"), "new");
+    ASSERT_FALSE(m_files.setImmutable(at("file"), false));
+    EXPECT_TRUE(locked);
+    EXPECT_FALSE(again);
+    EXPECT_TRUE(removed);
+    EXPECT_TRUE(written);
+    EXPECT_FALSE(m_files.attributes(at("file"))->immutable);
+    EXPECT_FALSE(m_files.removeItem(at("file")));
+}
+
+TEST_F(Files, LockOfALinkLeavesItsTargetAlone) {
+    write("file", "x");
+    link("link", "file");
+    EXPECT_FALSE(m_files.setImmutable(at("link"), false));
+    EXPECT_TRUE(m_files.setImmutable(at("link"), true));
+    EXPECT_FALSE(m_files.attributes(at("file"))->immutable);
+}
+
+TEST_F(Files, FileSystemWithoutTheFlagCountsAsUnlocked) {
+    EXPECT_FALSE(m_files.setImmutable("/proc/self/status", false));
+    EXPECT_TRUE(m_files.setImmutable("/proc/self/status", true));
+}
+
+TEST_F(Files, CreationDateIsTheBirthTimeUntilOneIsSet) {
+    const auto before = std::chrono::system_clock::now() - std::chrono::seconds(2);
+    write("file", "x");
+    const auto date = m_files.attributes(at("file"))->creationDate;
+    if (!date) {
+        GTEST_SKIP() << "this file system keeps no birth times";
+    }
+    EXPECT_GE(*date, before);
+    EXPECT_LE(*date, std::chrono::system_clock::now());
+}
+
+TEST_F(Files, CreationDateThatWasSetIsCarriedByACopy) {
+    write("from", "x");
+    const platform::Date date{std::chrono::nanoseconds{-1'000'000'001}};  // before 1970
+    if (m_files.setCreationDate(at("from"), date)) {
+        GTEST_SKIP() << "no extended attributes here";
+    }
+    ASSERT_FALSE(m_files.copyItem(at("from"), at("to")));
+    EXPECT_EQ(m_files.attributes(at("to"))->creationDate, date);
+}
+
+TEST_F(Files, MutilatedCreationDateIsIgnored) {
+    write("file", "x");
+    for (const char* text : {"", "12x", "99999999999999999999999", "-"}) {
+        if (!setAttribute("file", "user.wickfield.creation-date", text)) {
+            GTEST_SKIP() << "no extended attributes here";
+        }
+        const auto date = m_files.attributes(at("file"))->creationDate;
+        EXPECT_TRUE(!date || *date > platform::Date{std::chrono::hours{24 * 365 * 50}}) << text;
+    }
+}
+
+TEST_F(Files, ModificationDateIsExact) {
+    write("file", "x");
+    const std::array<timespec, 2> times{timespec{1, 0}, timespec{1'234'567'890, 123'456'789}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, at("file").c_str(), times.data(), 0), 0);
+    EXPECT_EQ(m_files.attributes(at("file"))->modificationDate.time_since_epoch(),
+              std::chrono::nanoseconds{1'234'567'890'123'456'789});
+}
+
+TEST_F(Files, ListingSaysWhatKindAnEntryIs) {
+    makeFolder("all/folder");
+    write("all/file", "x");
+    link("all/link", "folder");
+    ASSERT_EQ(::mkfifo(at("all/pipe").c_str(), 0600), 0);
+    const auto entries = m_files.contentsOfDirectory(at("all")).value();
+    EXPECT_EQ(entries.size(), 4U);
+    for (const auto& entry : entries) {
+        const FileType expected = entry.name == "folder" ? FileType::folder
+                                  : entry.name == "file" ? FileType::regular
+                                  : entry.name == "link" ? FileType::symbolicLink
+                                                         : FileType::other;
+        EXPECT_TRUE(entry.type == expected || entry.type == FileType::unknown) << entry.name;
+    }
+}
+
+TEST_F(Files, FolderChainUnderAFileOrADanglingLinkIsRefused) {
+    write("file", "x");
+    link("dangling", "nowhere");
+    EXPECT_EQ(m_files.createDirectory(at("file/a/b"), Intermediates::yes)->code, ENOTDIR);
+    EXPECT_TRUE(m_files.createDirectory(at("dangling/a"), Intermediates::yes));
+    EXPECT_TRUE(m_files.createDirectory(at("dangling"), Intermediates::yes));
+    EXPECT_FALSE(isThere("nowhere"));
+}
+
+TEST_F(Files, FolderChainWithDotsAndDoubleSlashesIsMade) {
+    EXPECT_FALSE(m_files.createDirectory(at("a//b/./c/"), Intermediates::yes));
+    EXPECT_TRUE(m_files.isFolder(at("a/b/c")));
+}
+
+TEST_F(Files, ChainMadeByTwoThreadsAtOnceSucceedsForBoth) {
+    std::string path = "a";
+    for (int level = 0; level < 100; ++level) {
+        path += "/b";
+    }
+    std::atomic<int> failures{0};
+    const auto make = [&] { failures += m_files.createDirectory(at(path), Intermediates::yes) ? 1 : 0; };
+    std::thread other(make);
+    make();
+    other.join();
+    EXPECT_EQ(failures, 0);
+}
+
+TEST_F(Files, NothingButFilesIsRead) {
+    ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
+    makeFolder("folder");
+    EXPECT_EQ(m_files.readFile(at("pipe"), 10), std::nullopt);
+    EXPECT_EQ(m_files.readFile(at("folder"), 10), std::nullopt);
+    EXPECT_EQ(m_files.readFile("/dev/zero", 10), std::nullopt);
+}
+
+TEST_F(Files, FileThatDoesNotKnowItsSizeIsReadUpToTheLimit) {
+    EXPECT_NE(m_files.readFile("/proc/self/status", 1'000'000)->find("Pid:"), std::string::npos);
+    EXPECT_EQ(m_files.readFile("/proc/self/status", 10), std::nullopt);
+}
+
+TEST_F(Files, TwoWhoAppendNeverOverwriteEachOther) {
+    write("log", "");
+    const auto one = m_files.openForAppending(at("log"));
+    const auto two = m_files.openForAppending(at("log"));
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_FALSE(one->append("a"));
+        ASSERT_FALSE(two->append("bb"));
+    }
+    EXPECT_EQ(read("log").size(), 300U);
+}
+
+TEST_F(Files, AppendingToAFolderOrAPipeWithoutReaderIsNone) {
+    makeFolder("folder");
+    ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
+    EXPECT_EQ(m_files.openForAppending(at("folder")), nullptr);
+    EXPECT_EQ(m_files.openForAppending(at("pipe")), nullptr);
+}
+
+TEST_F(Files, NewFileHasTheModeThatTheMaskLeaves) {
+    const mode_t mask = ::umask(027);
+    EXPECT_FALSE(m_files.writeAtomically(at("file"), "x"));
+    ::umask(mask);
+    EXPECT_EQ(status("file").st_mode & 0777U, 0640U);
+}
+
+TEST_F(Files, DanglingLinkIsReplacedByTheFile) {
+    link("link", "nowhere");
+    EXPECT_FALSE(m_files.writeAtomically(at("link"), "x"));
+    EXPECT_EQ(m_files.attributes(at("link"))->type, FileType::regular);
+    EXPECT_FALSE(isThere("nowhere"));
+}
+
+TEST_F(Files, ReaderSeesTheOldContentsOrTheNewOnesWhole) {
+    const std::string old(100'000, 'o');
+    const std::string fresh(100'000, 'n');
+    write("file", old);
+    std::atomic<bool> done{false};
+    std::atomic<int> torn{0};
+    std::thread reader([&] {
+        while (!done) {
+            const auto text = m_files.readFile(at("file"), 1'000'000);
+            torn += text && (*text == old || *text == fresh) ? 0 : 1;
+        }
+    });
+    for (int i = 0; i < 100; ++i) {
+        EXPECT_FALSE(m_files.writeAtomically(at("file"), i % 2 == 0 ? fresh : old));
+    }
+    done = true;
+    reader.join();
+    EXPECT_EQ(torn, 0);
+}
+
+TEST_F(Files, FailureIsOneSentenceThatNamesThePath) {
+    EXPECT_EQ(m_files.setPermissions(at("missing"), 0600)->description,
+              "Cannot set the permissions of “" + at("missing") + "”: No such file or directory.");
+}
+
+}  // namespace
