@@ -6,8 +6,8 @@ TITLE = "Larkspur Reverb Installer"
 
 
 class Agreement(WindowCase):
-    def open_agreement(self):
-        installer = self.launch(self.sample())
+    def open_agreement(self, bundle=None):
+        installer = self.launch(bundle or self.sample())
         installer.wait_for_window(TITLE)
         installer.wait_for_button("Agree")
         return installer
@@ -43,11 +43,13 @@ class Agreement(WindowCase):
         self.assertEqual(self.quit(installer), 0)
 
     def test_it_is_shown_again_at_the_next_launch(self):
-        installer = self.open_agreement()
+        bundle = self.sample()
+        installer = self.open_agreement(bundle)
         installer.press("Return")
         wait_until("the sheet to go", lambda: installer.button("Agree") is None)
         self.quit(installer)
-        self.open_agreement()
+        again = self.open_agreement(bundle)
+        self.assertTrue(again.button("Disagree"))
 
     def test_a_bundle_without_one_is_ready_at_once(self):
         installer = self.open_window(self.small())
