@@ -224,8 +224,6 @@ void KZLog::appendFormatted(Append appender, std::string_view format, std::span<
     }
 }
 
-void KZLog::fastAppend(std::string_view text) { appendTextToLog(text); }
-
 void KZLog::appendAndMayWait(std::string_view text) {
     appendTextToLog(text);
     if (isMainThread()) {

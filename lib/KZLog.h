@@ -47,7 +47,8 @@ public:
 
     // Shifts the older logs down and begins a new one with a header; reads the maker's global preferences first and
     // switches logging off for the rest of the process when they say so. Blocks; call it from one thread at a time. A
-    // failure is a line on standard output, and leaves the log as it was found. The first name given is kept.
+    // failure is a line on standard output and ends it; what was shifted by then stays shifted, and entries go to the
+    // current log that is there. The first name given is kept.
     static void createNewLog();
     static void createNewLog(const std::optional<std::string>& name);
 
@@ -62,14 +63,13 @@ public:
     // later are lost. Blocks until what is being written is done.
     static void willTerminate();
 
-    // Does nothing at all.
     template <typename... Arguments>
-    static void debugPrint(const Format&, const Arguments&...) {}
+    static void debugPrint(const Format&, const Arguments&...) {}  // does nothing at all
 
     // Queues an entry and never waits.
     template <typename... Arguments>
     static void fastAppendLog(const Format& format, const Arguments&... arguments) {
-        append(&KZLog::fastAppend, format, arguments...);
+        append(&KZLog::appendTextToLog, format, arguments...);
     }
 
     // Queues an entry. Off the main thread a text of 1 to 99 characters is on disk when the call returns, provided that
@@ -92,8 +92,7 @@ public:
     // "%" doubled in front of a blank and .!,-;:+, and "%%%" made "%%" again.
     static std::string escapeTextForLogging(std::string_view text);
 
-    // Queues one entry as it stands, no format.
-    void appendTextToLog(std::string_view text);
+    void appendTextToLog(std::string_view text);  // queues one entry as it stands, no format
 
     // The stored name, else that of the bundle's executable without its extension.
     std::string appName() const;
@@ -122,7 +121,6 @@ private:
     }
     static void appendFormatted(Append appender, std::string_view format,
                                 std::span<const kz::FormatArgument> arguments);
-    void fastAppend(std::string_view text);
     void appendAndMayWait(std::string_view text);
     void appendTrimmed(std::string_view text);
     void appendAndPrint(std::string_view text);
@@ -150,12 +148,11 @@ private:
 
     std::recursive_mutex m_fileMutex;  // the file and what is gathered for it
     std::unique_ptr<platform::FileManager::AppendHandle> m_fileHandle;
-    struct Gathered {
+    struct {
         std::string lines;
         std::uint64_t units = 0;  // of the texts, as they were counted into the queue
         std::size_t entries = 0;
-    };
-    Gathered m_gathered;
+    } m_gathered;
     bool m_rollingOver = false;
     std::unique_ptr<kz::TextQueue> m_writeQueue;  // last: its thread uses all the others
 };
