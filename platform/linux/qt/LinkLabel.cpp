@@ -1,6 +1,7 @@
 #include "platform/linux/qt/LinkLabel.h"
 
 #include <QEvent>
+#include <QFocusEvent>
 
 #include "platform/linux/qt/OpenLink.h"
 #include "platform/linux/qt/QtText.h"
@@ -52,6 +53,14 @@ QSize LinkLabel::minimumSizeHint() const {
 void LinkLabel::rebuild() {
     setText(htmlOf(m_runs, palette()));
     setAccessibleName(plainText());
+}
+
+void LinkLabel::focusInEvent(QFocusEvent* event) {
+    QLabel::focusInEvent(event);
+    // The link itself, not the text around it, is what Tab looks for.
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
+        focusNextPrevChild(event->reason() == Qt::TabFocusReason);
+    }
 }
 
 void LinkLabel::changeEvent(QEvent* event) {

@@ -19,6 +19,7 @@ public:
     QSize minimumSizeHint() const override;
 
 protected:
+    void focusInEvent(QFocusEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:

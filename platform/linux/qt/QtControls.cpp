@@ -53,7 +53,12 @@ void LinkTextField::applyInteraction() {
 }
 
 void QtButton::setHidden(bool hidden) { m_button.setHidden(hidden); }
-void QtButton::setEnabled(bool enabled) { m_button.setEnabled(enabled); }
+void QtButton::setEnabled(bool enabled) {
+    if (!enabled && m_button.hasFocus()) {
+        m_button.clearFocus();  // else the next button would get it, and the next Return with it
+    }
+    m_button.setEnabled(enabled);
+}
 
 void QtProgressIndicator::setHidden(bool hidden) { m_spinner.setHidden(hidden); }
 void QtProgressIndicator::startAnimation() { m_spinner.startAnimation(); }

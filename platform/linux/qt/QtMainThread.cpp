@@ -17,6 +17,8 @@ public:
 
     bool event(QEvent* event) override {
         if (event->type() == workType()) {
+            // Work may run a nested loop; without this it would sleep on the events that were posted behind this one.
+            QThread::currentThread()->eventDispatcher()->wakeUp();
             queue->serve();
             return true;
         }
