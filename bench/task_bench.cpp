@@ -41,6 +41,7 @@ pid_t spawnByHand(const char* tool, const std::vector<std::string>& arguments, i
     std::vector<std::string> texts{tool};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (auto& text : texts) {
         pointers.push_back(text.data());
     }
@@ -148,13 +149,11 @@ int main(int count, char** arguments) {
     for (int at = 1; at + 1 < count; at += 2) {
         const std::string name = arguments[at];
         const int value = std::atoi(arguments[at + 1]);  // NOLINT(cert-err34-c): checked below
-        if (value <= 0) {
-            fail("reading the options");
-        } else if (name == "--runs") {
+        if (value > 0 && name == "--runs") {
             options.runs = value;
-        } else if (name == "--megabytes") {
+        } else if (value > 0 && name == "--megabytes") {
             options.megabytes = static_cast<std::size_t>(value);
-        } else if (name == "--rounds") {
+        } else if (value > 0 && name == "--rounds") {
             options.rounds = value;
         } else {
             fail("reading the options");

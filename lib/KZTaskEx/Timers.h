@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <tuple>
 
 namespace kz {
 
@@ -18,7 +19,9 @@ public:
     struct Token {
         Clock::time_point time;
         std::uint64_t number = 0;
-        friend auto operator<=>(const Token&, const Token&) = default;
+        friend bool operator<(const Token& left, const Token& right) {
+            return std::tie(left.time, left.number) < std::tie(right.time, right.number);
+        }
     };
 
     static Timers& shared();  // never destroyed

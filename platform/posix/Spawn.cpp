@@ -135,7 +135,8 @@ std::variant<pid_t, Error> spawn(const ProcessOptions& options, const StandardSt
     std::vector<std::string> environment;
     if (options.environment) {
         for (const auto& [name, value] : *options.environment) {
-            environment.push_back(name + "=" + value);
+            environment.push_back(name + '=');
+            environment.back() += value;
         }
     }
     const auto argumentPointers = pointersTo(arguments);

@@ -7,7 +7,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 class CapturingATool : public TaskFixture {
@@ -93,7 +92,8 @@ TEST_F(CapturingATool, IsNotStalledByAFloodOnEitherStream) {
 TEST_F(CapturingATool, GivesAllOfALargeOutput) {
     const auto result = KZTaskEx::dataFromTask("/usr/bin/head", {"-c", "67108864", "/dev/zero"}, nullptr);
     ASSERT_TRUE(result);
-    EXPECT_EQ(*result, std::string(67108864, '\0'));
+    EXPECT_EQ(result->size(), 67108864U);
+    EXPECT_EQ(result->find_first_not_of('\0'), std::string::npos);
 }
 
 TEST_F(CapturingATool, ShowsItAnOpenAndEmptyInput) {

@@ -35,7 +35,7 @@ protected:
         }
         return ProcessCensus::take();
     }
-    static std::string trimmed(std::string text) { return text.substr(0, text.find('\n')); }
+    static std::string trimmed(const std::string& text) { return text.substr(0, text.find('\n')); }
 };
 
 TEST_F(ATimeOut, EndsTheToolAndSaysSo) {

@@ -114,6 +114,7 @@ TEST(Timers, AreServedByOneThread) {
     const auto before = fakes::ProcessCensus::take();
     const auto waitingBefore = Timers::shared().waiting();
     std::vector<Timers::Token> tokens;
+    tokens.reserve(10000);
     for (int timer = 0; timer < 10000; ++timer) {
         tokens.push_back(Timers::shared().add(Clock::now() + 1h, [] {}));
     }

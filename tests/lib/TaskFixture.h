@@ -26,11 +26,7 @@
 #include "tests/fakes/TemporaryFolder.h"
 
 class TaskFixture : public ::testing::Test {
-protected:
-    using Clock = std::chrono::steady_clock;
-    using Seconds = KZTaskEx::Seconds;
-    using Strings = std::vector<std::string>;
-
+public:
     TaskFixture() {
         using platform::FolderDomain;
         using platform::FolderKind;
@@ -46,10 +42,14 @@ protected:
         KZLog::finishWriting();
     }
 
+protected:
+    using Clock = std::chrono::steady_clock;
+    using Seconds = KZTaskEx::Seconds;
+    using Strings = std::vector<std::string>;
+
     std::string add(const std::string& name, const std::string& contents, bool executable = true) {
         std::ofstream(disk / name, std::ios::binary) << contents;
-        std::filesystem::permissions(disk / name, executable ? std::filesystem::perms(0755)  // NOLINT
-                                                             : std::filesystem::perms(0644));
+        std::filesystem::permissions(disk / name, std::filesystem::perms(executable ? 0755U : 0644U));
         return disk / name;
     }
     static std::string read(const std::string& path) {
@@ -67,7 +67,7 @@ protected:
 
     // What was printed since the last call.
     static std::string newPrint() {
-        const std::string text = ::testing::internal::GetCapturedStdout();
+        std::string text = ::testing::internal::GetCapturedStdout();
         ::testing::internal::CaptureStdout();
         return text;
     }
@@ -81,7 +81,7 @@ protected:
             const auto text = line.find(" - ");
             entries.push_back(text == std::string::npos ? line : line.substr(text + 3));
         }
-        const Strings unread(entries.begin() + static_cast<std::ptrdiff_t>(m_entriesRead), entries.end());
+        Strings unread(entries.begin() + static_cast<std::ptrdiff_t>(m_entriesRead), entries.end());
         m_entriesRead = entries.size();
         return unread;
     }

@@ -82,6 +82,7 @@ TEST(MainQueue, CarriesWorkOfManyThreadsWithoutLoss) {
     int sum = 0;  // without a lock: only the main thread touches it
     std::atomic<int> finished = 0;
     std::vector<std::jthread> threads;
+    threads.reserve(8);
     for (int thread = 0; thread < 8; ++thread) {
         threads.emplace_back([&] {
             for (int piece = 0; piece < 200; ++piece) {

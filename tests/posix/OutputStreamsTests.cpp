@@ -45,7 +45,7 @@ TEST_F(OutputStreamsTest, AppendWhatIsThere) {
 }
 
 TEST_F(OutputStreamsTest, TakeTurnsWhenBothHaveSomething) {
-    const std::string much(64 * 1024, 'x');
+    const std::string much(65536, 'x');
     put(toOutput, much);
     put(toError, "e");
     EXPECT_EQ(streams.read(output, error, 5s), Chunk::output);
