@@ -6,12 +6,14 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include "platform/linux/qt/AccessibleRoles.h"
 #include "platform/linux/qt/AnswerKeys.h"
 
 namespace platform::qt {
 
 AlertWindow::AlertWindow(AlertView* view, Qt::WindowModality modality, const QWidget* near)
     : QWidget(nullptr, Qt::Dialog), m_view(view) {
+    installAccessibleRoles();
     setWindowTitle(view->windowTitle());
     setAccessibleName(view->windowTitle());
     setWindowModality(modality);

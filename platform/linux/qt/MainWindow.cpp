@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QScreen>
 
+#include "platform/linux/qt/AccessibleRoles.h"
 #include "platform/linux/qt/AnswerKeys.h"
 #include "platform/linux/qt/OpenLink.h"
 #include "ui_AgreementSheet.h"
@@ -43,6 +44,7 @@ struct MainWindow::Controls {
 };
 
 MainWindow::MainWindow() : m_ui(std::make_unique<Ui::MainWindow>()) {
+    installAccessibleRoles();
     m_ui->setupUi(this);
     QFont small = m_ui->tallowmereLinkText->font();
     small.setPointSizeF(small.pointSizeF() * 0.9);

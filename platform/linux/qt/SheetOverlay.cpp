@@ -1,13 +1,13 @@
 #include "platform/linux/qt/SheetOverlay.h"
 
 #include <QAbstractButton>
-#include <QAccessibleWidget>
 #include <QKeyEvent>
 #include <QLayout>
 #include <QPainter>
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "platform/linux/qt/AccessibleRoles.h"
 #include "platform/linux/qt/AnswerKeys.h"
 #include "platform/linux/qt/Appearance.h"
 
@@ -19,31 +19,6 @@ constexpr int slideMilliseconds = 200;
 constexpr int sideMargin = 12;
 constexpr int bottomMargin = 12;
 constexpr int shadow = 10;
-
-// Tells assistive technology that this part of the window is a dialog of its own.
-class AccessibleSheet : public QAccessibleWidget {
-public:
-    explicit AccessibleSheet(SheetOverlay* sheet) : QAccessibleWidget(sheet, sheet->role()) {}
-
-    QAccessible::State state() const override {
-        auto state = QAccessibleWidget::state();
-        state.modal = true;
-        return state;
-    }
-};
-
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
-    auto* sheet = qobject_cast<SheetOverlay*>(object);
-    return sheet != nullptr ? new AccessibleSheet(sheet) : nullptr;
-}
-
-void installAccessibility() {
-    static const bool installed = [] {
-        QAccessible::installFactory(makeAccessible);
-        return true;
-    }();
-    static_cast<void>(installed);
-}
 
 bool canTakeFocus(const QWidget& widget) {
     return (widget.focusPolicy() & Qt::TabFocus) != 0 && widget.isEnabled() && widget.isVisible() &&
@@ -59,7 +34,7 @@ SheetOverlay::SheetOverlay(QWidget& window, QWidget& contents, SheetButtons butt
       m_buttons(buttons),
       m_role(role),
       m_sheet(new QWidget(this)) {
-    installAccessibility();
+    installAccessibleRoles();
     setAccessibleName(contents.windowTitle());
     setFocusPolicy(Qt::NoFocus);
 
