@@ -62,7 +62,7 @@ std::string serialized(const PropertyValue& list) { return platform::linux_host:
 PropertyValue everyKind() {
     PropertyArray many;
     for (int i = 0; i < 300; ++i) {
-        many.push_back(integer(i * i * i));
+        many.push_back(integer(std::int64_t{i} * i * i));
     }
     return value(PropertyDictionary{{"ascii", text("text")},
                                     {"unicode", text("Grüße 🎹 " + std::string(40, 'x'))},

@@ -122,6 +122,7 @@ TEST_F(Preferences, ThatCannotBeWrittenAreAFailure) {
 TEST_F(Preferences, SetOnSeveralThreadsAreAllKept) {
     {
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int thread = 0; thread < 4; ++thread) {
             threads.emplace_back([this, thread] {
                 for (int i = 0; i < 5; ++i) {

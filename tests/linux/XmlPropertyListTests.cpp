@@ -231,7 +231,7 @@ TEST(XmlPropertyList, OfMillionsOfValuesIsRefusedBeforeItTakesTheMemory) {
 }
 
 TEST(XmlPropertyList, MayHoldAHundredMegabytesOfText) {
-    const std::string large(100'000'000, 'x');
+    const std::string large(100'000'000, 'x');  // NOLINT(bugprone-string-constructor): meant to be large
 
     const auto read = valueOf("<plist><string>" + large + "</string></plist>");
 

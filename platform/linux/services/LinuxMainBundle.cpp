@@ -77,7 +77,9 @@ std::optional<std::string> LinuxMainBundle::pathForResource(const std::string& n
         return path;
     }
     for (const auto& language : preferredLocalizations()) {
-        if (const std::string path = resources + "/" + language + ".lproj/" + file; exists(path)) {
+        std::string path = resources;
+        path.append("/").append(language).append(".lproj/").append(file);
+        if (exists(path)) {
             return path;
         }
     }

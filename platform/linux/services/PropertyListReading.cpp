@@ -135,9 +135,11 @@ Date dateFromSecondsSince2001(double seconds) {
 }
 
 std::string textOf(Date date) {
-    const auto days = std::chrono::floor<std::chrono::days>(date);
+    // In seconds: the beginning of the first day is beyond what Date can hold.
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(date);
+    const auto days = std::chrono::floor<std::chrono::days>(seconds);
     const std::chrono::year_month_day day(days);
-    const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::seconds>(date - days));
+    const std::chrono::hh_mm_ss time(seconds - days);
     std::array<char, 64> text{};
     const int length =
         std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", int{day.year()},
