@@ -20,15 +20,10 @@ bool fill(QTextDocument& document, AgreementKind kind, const AgreementFile& file
     if (kind == AgreementKind::richText) {
         return fillFromRichText(document, std::string_view(file.bytes), folder);
     }
-    QString text = kind == AgreementKind::html ? decodeHtml(file.bytes) : decodePlainText(file.bytes);
-    const bool complete = text.size() <= kMaximumCharacters;
-    text.truncate(kMaximumCharacters);
     if (kind == AgreementKind::html) {
-        fillFromHtml(document, text, folder);
-    } else {
-        fillFromPlainText(document, text);
+        return fillFromHtml(document, decodeHtml(file.bytes), folder);
     }
-    return complete;
+    return fillFromPlainText(document, decodePlainText(file.bytes));
 }
 
 }  // namespace

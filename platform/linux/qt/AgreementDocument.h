@@ -26,8 +26,9 @@ public:
 // None when nothing can be read there: missing, refused, or something that is neither a file nor such a folder (a pipe
 // or a device is never waited for). A damaged file gives the part of it that can be read; an empty one gives an empty
 // document.
-// Blocks while it reads. A file is read up to 64 MiB and shown up to 4 million characters; a longer text ends with a
-// line that says so. Nothing is fetched from a network: pictures come from the file itself or from its own folder.
+// Blocks while it reads. A file is read up to 64 MiB and shown up to 2 million characters and 60,000 paragraphs; a
+// longer text ends with a line that says so. Nothing is fetched from a network: pictures come from the file itself or
+// from its own folder.
 std::unique_ptr<AgreementDocument> loadAgreement(const std::string& path);
 
 // Gives the text the palette's own text colour, whatever colours the document brought along. Links get a colour that

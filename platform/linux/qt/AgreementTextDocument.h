@@ -18,8 +18,9 @@ protected:
     QVariant loadResource(int type, const QUrl& name) override;
 };
 
-// The text is cut short at this many characters, so that a file of any size opens at once.
-constexpr qsizetype kMaximumCharacters = 4'000'000;
+// What is shown of a text, so that a file of any size opens within moments: some five hundred pages.
+constexpr qsizetype kMaximumCharacters = 2'000'000;
+constexpr qsizetype kMaximumParagraphs = 60'000;
 
 // A last paragraph which says that the document goes on and where the whole of it is.
 void appendContinuationNote(QTextDocument& document, const std::string& path);

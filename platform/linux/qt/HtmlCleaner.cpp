@@ -39,6 +39,12 @@ const Names& voidElements() {
     return names;
 }
 
+const Names& tableParts() {
+    static const Names names{u"tr"_s,    u"td"_s,      u"th"_s,  u"tbody"_s,   u"thead"_s,
+                             u"tfoot"_s, u"caption"_s, u"col"_s, u"colgroup"_s};
+    return names;
+}
+
 // Elements that end, without a tag of their own, where the next of their kind begins.
 bool endsBefore(const QString& open, const QString& next) {
     static const Names repeated{u"li"_s, u"tr"_s, u"td"_s, u"th"_s, u"dt"_s, u"dd"_s, u"option"_s, u"p"_s};
@@ -105,9 +111,13 @@ class Cleaner {
 public:
     explicit Cleaner(QStringView html) : m_reader(html) {}
 
-    QString clean() {
+    VisibleHtml clean() {
         while (!m_reader.atEnd()) {
             const HtmlPiece piece = m_reader.next();
+            if (piece.kind == HtmlPiece::Kind::open && --m_tagsLeft < 0) {
+                m_result.complete = false;
+                break;
+            }
             if (m_hidden.isEmpty()) {
                 visible(piece);
             } else {
@@ -132,9 +142,31 @@ private:
             }
             return;
         }
-        if (!droppedTags().contains(piece.name)) {
-            m_result += piece.kind == HtmlPiece::Kind::open ? breaking(piece.source) : piece.source.toString();
+        if (!droppedTags().contains(piece.name) && !isTooDeep(piece)) {
+            m_result.html += piece.kind == HtmlPiece::Kind::open ? bounded(piece) : piece.source.toString();
         }
+    }
+
+    // Each row and column that a cell spans costs a layout time, whether there is anything in it or not.
+    static QString bounded(const HtmlPiece& piece) {
+        constexpr int mostSpanned = 64;
+        const HtmlAttribute* columns = piece.attribute(u"colspan");
+        const HtmlAttribute* rows = piece.attribute(u"rowspan");
+        const auto isBounded = [](const HtmlAttribute* span) {
+            return span == nullptr || (span->value.size() <= 3 && span->value.toInt() <= mostSpanned);
+        };
+        if (isBounded(columns) && isBounded(rows)) {
+            return breaking(piece.source);
+        }
+        QString tag = u'<' + piece.name;
+        for (const HtmlAttribute& attribute : piece.attributes) {
+            const bool drops =
+                (&attribute == columns && !isBounded(columns)) || (&attribute == rows && !isBounded(rows));
+            if (!drops) {
+                tag += u' ' + attribute.name + "=\""_L1 + QString(attribute.value).replace(u'"', "&quot;"_L1) + u'"';
+            }
+        }
+        return tag + u'>';
     }
 
     // Lines that do not break are lines that nobody reads to their end.
@@ -142,13 +174,51 @@ private:
         return source.toString().replace("nowrap"_L1, "normal"_L1, Qt::CaseInsensitive);
     }
 
+    // A layout goes through what lies in one another by recursion, and slowly. What lies too deep is shown as the text
+    // that it holds; an end tag that ends nothing goes too.
+    bool isTooDeep(const HtmlPiece& piece) {
+        constexpr qsizetype deepest = 48;
+        constexpr qsizetype deepestTable = 5;
+        if (piece.name == "table"_L1) {
+            if (piece.kind == HtmlPiece::Kind::close && m_deepTables > 0) {
+                --m_deepTables;
+                return true;
+            }
+            if (piece.kind == HtmlPiece::Kind::open && m_open.count(piece.name) >= deepestTable) {
+                ++m_deepTables;
+                return true;
+            }
+        }
+        if (m_deepTables > 0 && tableParts().contains(piece.name)) {
+            return true;
+        }
+        if (piece.kind == HtmlPiece::Kind::close) {
+            const qsizetype opened = m_open.lastIndexOf(piece.name);
+            if (opened >= 0) {
+                m_open.resize(opened);
+            }
+            return opened < 0;
+        }
+        if (piece.kind != HtmlPiece::Kind::open || voidElements().contains(piece.name)) {
+            return false;
+        }
+        if (!m_open.isEmpty() && endsBefore(m_open.back(), piece.name)) {
+            m_open.removeLast();
+        }
+        const bool tooDeep = m_open.size() >= deepest;
+        if (!tooDeep && !piece.closed) {
+            m_open.append(piece.name);
+        }
+        return tooDeep;
+    }
+
     void rawText(const HtmlPiece& piece) {
         const QStringView text = m_reader.takeRawText(piece.name);
         if (piece.name == "style"_L1) {
             m_selectors += hiddenSelectors(text);
-            m_result += piece.source;
-            m_result += breaking(text);
-            m_result += "</style>"_L1;
+            m_result.html += piece.source;
+            m_result.html += breaking(text);
+            m_result.html += "</style>"_L1;
         }
     }
 
@@ -218,7 +288,10 @@ private:
     static constexpr qsizetype kDeepest = 256;
 
     HtmlTagReader m_reader;
-    QString m_result;
+    VisibleHtml m_result;
+    int m_deepTables = 0;  // open ones that are not shown as such
+    int m_tagsLeft = 60'000;
+    QStringList m_open;  // elements that are shown
     Names m_selectors;
     QStringList m_hidden;  // the open elements from the hidden one on
 };
@@ -250,6 +323,6 @@ QSet<QString> hiddenSelectors(QStringView styleSheet) {
     }
 }
 
-QString visibleHtml(QStringView html) { return Cleaner(html).clean(); }
+VisibleHtml visibleHtml(QStringView html) { return Cleaner(html).clean(); }
 
 }  // namespace platform::qt

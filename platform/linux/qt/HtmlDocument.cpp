@@ -175,8 +175,9 @@ QString decodeHtml(QByteArrayView bytes) {
     return decodePlainText(bytes);
 }
 
-void fillFromHtml(QTextDocument& document, const QString& html, const std::string& folder) {
-    document.setHtml(visibleHtml(html));
+bool fillFromHtml(QTextDocument& document, const QString& html, const std::string& folder) {
+    const VisibleHtml visible = visibleHtml(QStringView(html).left(kMaximumCharacters));
+    document.setHtml(visible.html);
     QTextCursor edit(&document);
     edit.beginEditBlock();
     Pictures(document, folder).settle();
@@ -184,6 +185,7 @@ void fillFromHtml(QTextDocument& document, const QString& html, const std::strin
     changeParagraphs(document, boundParagraph);
     changeText(document, boundText);
     edit.endEditBlock();
+    return visible.complete && html.size() <= kMaximumCharacters;
 }
 
 }  // namespace platform::qt

@@ -14,7 +14,7 @@ QString decodeHtml(QByteArrayView bytes);
 
 // Replaces the contents of the document. Pictures are taken from the folder and from what the page itself carries,
 // never from elsewhere. Hidden elements and scripts are left out; sizes that no window could show are brought into
-// bounds.
-void fillFromHtml(QTextDocument& document, const QString& html, const std::string& folder);
+// bounds. False when the page is longer than what is shown.
+bool fillFromHtml(QTextDocument& document, const QString& html, const std::string& folder);
 
 }  // namespace platform::qt

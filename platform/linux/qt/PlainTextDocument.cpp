@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "platform/linux/qt/AgreementCharset.h"
+#include "platform/linux/qt/AgreementTextDocument.h"
 
 namespace platform::qt {
 
@@ -60,6 +61,15 @@ QString decodePlainText(QByteArrayView bytes) {
     return text;
 }
 
-void fillFromPlainText(QTextDocument& document, const QString& text) { document.setPlainText(text); }
+bool fillFromPlainText(QTextDocument& document, const QString& text) {
+    QStringView shown = QStringView(text).left(kMaximumCharacters);
+    qsizetype end = 0;
+    for (qsizetype paragraph = 0; paragraph < kMaximumParagraphs && end >= 0; ++paragraph) {
+        end = shown.indexOf(u'\n', end == 0 && paragraph == 0 ? 0 : end + 1);
+    }
+    shown = end >= 0 ? shown.first(end) : shown;
+    document.setPlainText(shown.toString());
+    return shown.size() == text.size();
+}
 
 }  // namespace platform::qt

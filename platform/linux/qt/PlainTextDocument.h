@@ -13,7 +13,7 @@ namespace platform::qt {
 // A last character that is cut off is left out.
 QString decodePlainText(QByteArrayView bytes);
 
-// Replaces the contents of the document.
-void fillFromPlainText(QTextDocument& document, const QString& text);
+// Replaces the contents of the document. False when the text is longer than what is shown.
+bool fillFromPlainText(QTextDocument& document, const QString& text);
 
 }  // namespace platform::qt

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "platform/linux/qt/AgreementTextDocument.h"
 #include "platform/linux/qt/RtfHeader.h"
 #include "platform/linux/qt/RtfModel.h"
 #include "platform/linux/qt/RtfRows.h"
@@ -11,11 +12,11 @@ namespace platform::qt {
 
 // Bounds of time and memory; a text that goes beyond is read that far and counts as incomplete.
 struct RtfLimits {
-    qsizetype characters = 4'000'000;
-    qsizetype paragraphs = 200'000;
-    qsizetype runs = 400'000;
+    qsizetype characters = kMaximumCharacters;
+    qsizetype paragraphs = kMaximumParagraphs;
+    qsizetype runs = 200'000;
     qsizetype pictures = 500;
-    qsizetype cells = 200'000;
+    qsizetype cells = 100'000;
 };
 
 // The styles that hold at a place in the text, and the address that it links to.
