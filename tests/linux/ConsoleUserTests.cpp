@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -28,17 +29,17 @@ bool writeFile(const std::string& path, const std::string& text) {
     return static_cast<bool>(file.flush());
 }
 
-// A /run of this process's own. The superuser of a user namespace will do.
-bool isolateRun() {
+bool becomeSuperuserOfANamespace() {
     const auto uid = std::to_string(::getuid());
-    if (::getuid() == 0) {
-        if (::unshare(CLONE_NEWNS) != 0) {
-            return false;
-        }
-    } else if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0 || !writeFile("/proc/self/uid_map", "0 " + uid + " 1")) {
-        return false;
-    }
-    return ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+    const auto gid = std::to_string(::getgid());
+    return ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && writeFile("/proc/self/uid_map", "0 " + uid + " 1") &&
+           writeFile("/proc/self/setgroups", "deny") && writeFile("/proc/self/gid_map", "0 " + gid + " 1");
+}
+
+// A /run of this process's own.
+bool isolateRun() {
+    const bool isolated = ::getuid() == 0 ? ::unshare(CLONE_NEWNS) == 0 : becomeSuperuserOfANamespace();
+    return isolated && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
            ::mount("tmpfs", "/run", "tmpfs", 0, nullptr) == 0;
 }
 
@@ -69,6 +70,18 @@ public:
     }
 };
 
+bool answerConsoleUser(const std::function<void(const LoginManager&)>& prepare, int output) {
+    try {
+        ::unsetenv("SUDO_UID");
+        ::unsetenv("PKEXEC_UID");
+        prepare(LoginManager());
+        const auto answer = platform::linux_host::consoleUser().value_or("none");
+        return ::write(output, answer.data(), answer.size()) == std::ssize(answer);
+    } catch (const std::exception&) {
+        return false;  // a child must not go on as a second run of the tests
+    }
+}
+
 // The answer in a process of its own; "none" for none, "skip" where the machine does not let us isolate one.
 std::string consoleUserWith(const std::function<void(const LoginManager&)>& prepare) {
     std::array<int, 2> ends{};
@@ -80,11 +93,7 @@ std::string consoleUserWith(const std::function<void(const LoginManager&)>& prep
         if (!isolateRun()) {
             ::_exit(cannotIsolate);
         }
-        ::unsetenv("SUDO_UID");
-        ::unsetenv("PKEXEC_UID");
-        prepare(LoginManager());
-        const auto answer = platform::linux_host::consoleUser().value_or("none");
-        ::_exit(::write(ends[1], answer.data(), answer.size()) == std::ssize(answer) ? 0 : 1);
+        ::_exit(answerConsoleUser(prepare, ends[1]) ? 0 : 1);
     }
     ::close(ends[1]);
     std::array<char, 256> answer{};
