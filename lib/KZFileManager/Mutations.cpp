@@ -51,7 +51,8 @@ bool differOnlyInLetterCase(const std::string& source, const std::string& toPath
     return kz::lowercased(source) == kz::lowercased(toPath);
 }
 
-// Where upper and lower case are told apart the destination itself may be the free name; the first step does it all then.
+// Where upper and lower case are told apart the destination itself may be the free name; the first step does it all
+// then.
 bool moveByWayOfFreeName(const std::string& source, const std::string& toPath) {
     const std::string between = KZFileManager::uniqueFilename(toPath);
     return !files().moveItem(source, between) && (between == toPath || !files().moveItem(between, toPath));

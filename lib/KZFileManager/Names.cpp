@@ -33,26 +33,38 @@ std::pair<std::size_t, std::size_t> matchOne(std::string_view name, std::string_
     return name.front() == pattern[escape] ? std::pair<std::size_t, std::size_t>{1, escape + 1} : std::pair{0UL, 0UL};
 }
 
-bool hasStar(std::string_view text) { return text.find('*') != std::string_view::npos; }
-
-bool exists(const platform::DirectoryEntry& entry, const std::string& path) {
-    const bool listedAsItself = entry.type != FileType::unknown && entry.type != FileType::symbolicLink;
-    return listedAsItself || platform::host().files->fileExists(path);
+// The rest of the name from the first place on where the pattern may match: the first byte that both begin with, if the
+// pattern's first element is one that begins a character and stands for itself.
+std::string_view fromFirst(std::string_view name, std::string_view pattern) {
+    const char first = pattern.front();
+    const bool standsForItself = first != '?' && first != '*' && first != '\\';
+    const bool beginsCharacter = (static_cast<unsigned char>(first) & 0xC0U) != 0x80U;
+    return standsForItself && beginsCharacter ? name.substr(std::min(name.find(first), name.size())) : name;
 }
 
+bool hasStar(std::string_view text) { return text.find('*') != std::string_view::npos; }
+
 void addMatches(const std::string& folder, const std::string& component, std::vector<std::string>& matches) {
-    const auto entries = platform::host().files->contentsOfDirectory(folder);
-    if (!entries) {
-        return;
+    auto& files = *platform::host().files;
+    const std::size_t before = matches.size();
+    std::string inFolder = kz::appendPathComponent(folder, "");
+    if (!inFolder.ends_with('/')) {
+        inFolder += '/';
     }
-    for (const auto& entry : *entries) {
+    const bool listed = files.visitDirectory(folder, platform::VisitSizes::no, [&](const auto& entry) {
         if (!KZFileManager::isLike(entry.name, component)) {
-            continue;
+            return;
         }
-        std::string path = kz::appendPathComponent(folder, entry.name);
-        if (exists(entry, path)) {
+        std::string path;
+        path.reserve(inFolder.size() + entry.name.size());
+        path.append(inFolder).append(entry.name);
+        const bool listedAsItself = entry.type != FileType::unknown && entry.type != FileType::symbolicLink;
+        if (listedAsItself || files.fileExists(path)) {
             matches.push_back(std::move(path));
         }
+    });
+    if (!listed) {
+        matches.resize(before);
     }
 }
 
@@ -68,8 +80,11 @@ bool isLike(std::string_view name, std::string_view pattern) {
     while (!name.empty() || !pattern.empty()) {
         if (pattern.starts_with('*')) {
             pattern.remove_prefix(1);
+            if (pattern.empty()) {
+                return true;
+            }
             starPattern = pattern;
-            starName = name;
+            starName = name = fromFirst(name, pattern);
             continue;
         }
         if (!name.empty() && !pattern.empty()) {
@@ -83,7 +98,7 @@ bool isLike(std::string_view name, std::string_view pattern) {
             return false;
         }
         starName.remove_prefix(characterLength(starName));
-        name = starName;
+        starName = name = fromFirst(starName, *starPattern);
         pattern = *starPattern;
     }
     return true;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,14 @@ struct DirectoryEntry {
     std::string name;
     FileType type = FileType::unknown;  // a link is a link here; unknown when the host does not say for free
 };
+
+// An entry of a folder that is being visited. The name is gone when the visit is over.
+struct VisitedEntry {
+    std::string_view name;
+    FileType type = FileType::unknown;
+    std::uint64_t size = 0;  // bytes, of a link its own; 0 for a folder and when sizes were not asked for
+};
+enum class VisitSizes { no, yes };
 
 struct FileAttributes {
     FileType type = FileType::unknown;
@@ -59,6 +68,11 @@ public:
     // Names of a folder, hidden ones included, "." and ".." not, in the order in which the host lists them.
     // None when the folder cannot be read.
     virtual std::optional<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) = 0;
+
+    // The same entries in the same order, handed over one by one instead of kept. False when the folder cannot be read,
+    // or not to its end. Unless a host knows a shorter way: by way of contentsOfDirectory and attributes.
+    virtual bool visitDirectory(const std::string& path, VisitSizes sizes,
+                                const std::function<void(const VisitedEntry&)>& visit);
 
     // Removes an item, a folder with all that lies in it; links are removed, never followed.
     virtual Failure removeItem(const std::string& path) = 0;

@@ -140,6 +140,12 @@ std::optional<std::vector<DirectoryEntry>> LinuxFileManager::contentsOfDirectory
     return entries;
 }
 
+bool LinuxFileManager::visitDirectory(const std::string& path, VisitSizes sizes,
+                                      const std::function<void(const VisitedEntry&)>& visit) {
+    const posix::Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return folder && visitFolder(folder.get(), sizes, visit) == 0;
+}
+
 Failure LinuxFileManager::removeItem(const std::string& path) { return removeTree(path, Removal::asPermitted); }
 
 Failure LinuxFileManager::createDirectory(const std::string& path, Intermediates intermediates) {

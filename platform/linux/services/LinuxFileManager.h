@@ -18,6 +18,8 @@ public:
     std::optional<FileAttributes> attributes(const std::string& path) override;
     std::optional<std::string> destinationOfSymbolicLink(const std::string& path) override;
     std::optional<std::vector<DirectoryEntry>> contentsOfDirectory(const std::string& path) override;
+    bool visitDirectory(const std::string& path, VisitSizes sizes,
+                        const std::function<void(const VisitedEntry&)>& visit) override;
 
     Failure removeItem(const std::string& path) override;
     Failure createDirectory(const std::string& path, Intermediates intermediates) override;
