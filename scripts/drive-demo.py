@@ -20,37 +20,44 @@ from driver.session import Session  # noqa: E402
 from driver.waiting import wait_until  # noqa: E402
 
 TITLE = "Larkspur Reverb Installer"
-HIDDEN_FROM_LISTING = (".local", "runtime", ".cache", ".config", "Library/Logs")
+NOT_INSTALLED = (".local", ".Trash", ".cache", ".config", "Library/Logs")
+PACKAGES = (".vst3", ".component", ".clap")
 
 
 def say(text=""):
     print(text, flush=True)
 
 
-def installed_files(home):
-    for path in sorted(home.path.rglob("*")):
-        relative = path.relative_to(home.path)
-        if not str(relative).startswith(HIDDEN_FROM_LISTING) and (path.is_symlink() or path.is_file()):
-            yield relative
+def installed_items(folder):
+    """Files, links and packages below a folder; a package is one item."""
+    for path in sorted(folder.iterdir()):
+        if path.is_symlink() or path.is_file() or path.suffix in PACKAGES:
+            yield path
+        else:
+            yield from installed_items(path)
 
 
-def say_what_is_installed(home):
-    folders = Counter(str(path.parent) for path in installed_files(home))
-    say(f"Installed in {home.path}: {sum(folders.values())} files and links")
-    for folder, count in sorted(folders.items()):
-        say(f"  {count:4}  {folder}")
+def say_what_is_installed(home, whole):
+    items = [path.relative_to(home.path) for path in installed_items(home.path)]
+    items = [path for path in items if not str(path).startswith(NOT_INSTALLED)]
+    say(f"Installed in {home.path}: {len(items)} items")
+    if not whole:
+        return
+    for folder, count in sorted(Counter(str(path.parent) for path in items).items()):
+        example = next(path.name for path in items if str(path.parent) == folder)
+        say(f"  {count:4}  {folder}/{example}" + (" ..." if count > 1 else ""))
 
 
 def say_what_is_in_the_trash(home):
     names = home.trashed()
-    say(f"In the Trash: {len(names)} items" + ("" if not names else ", among them"))
+    say(f"In the Trash: {len(names)} items" + (", among them" if names else ""))
     for name in [name for name in names if "Larkspur" in name] + [name for name in names if "Larkspur" not in name][:3]:
         say(f"        {name}")
 
 
 def say_what_was_logged(home, before):
     added = home.log()[len(before):].splitlines()
-    say(f"Logged: {len(added)} lines" + ("" if added else " (a run without trouble has nothing to tell)"))
+    say("Logged:" if added else "Logged: nothing, as there was no trouble to tell of")
     for line in added:
         say(f"        {line}")
 
@@ -92,7 +99,7 @@ class Round:
             self.picture(installer, "afterwards")
             self.session.display.close_window(installer.wait_for_window(TITLE))
             installer.wait_for_end()
-        say_what_is_installed(self.home)
+        say_what_is_installed(self.home, whole=self.number == 1)
         say_what_is_in_the_trash(self.home)
         say_what_was_logged(self.home, before)
 
