@@ -13,7 +13,7 @@ namespace {
 class DictionaryFiles : public testing::Test {
 protected:
     std::string file(const std::string& contents) {
-        const std::string path = disk / "file.plist";
+        std::string path = disk / "file.plist";
         std::ofstream(path, std::ios::binary) << contents;
         return path;
     }

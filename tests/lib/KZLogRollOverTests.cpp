@@ -6,7 +6,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr std::uint64_t rollOverSize = 500000;
 

@@ -10,7 +10,6 @@
 
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::MatchesRegex;
@@ -88,6 +87,7 @@ TEST_F(LogEntries, KeepTheirOrder) {
 
 TEST_F(LogEntries, FromManyThreadsAreAllWritten) {
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([thread] {
             for (int number = 0; number < 500; ++number) {

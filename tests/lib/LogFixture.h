@@ -25,6 +25,9 @@
 #include "tests/lib/KZLogTesting.h"
 
 class LogFixture : public testing::Test {
+public:
+    ~LogFixture() override { KZLogTesting::beginAfresh(); }
+
 protected:
     using Operation = fakes::FailingFileManager::Operation;
     using Lines = std::vector<std::string>;
@@ -42,8 +45,6 @@ protected:
         bundle.info["CFBundleVersion"] = {.value = std::string("1.2.3")};
         std::filesystem::create_directories(userLibrary);
     }
-    ~LogFixture() override { KZLogTesting::beginAfresh(); }
-
     // As the superuser, for whom the host answers with the superuser's own folders.
     void becomeSuperuser() {
         identity.uid = 0;
