@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <map>
 #include <memory>
 
 #include "platform/linux/services/LinuxFileManager.h"
@@ -120,6 +121,29 @@ TEST_P(FileManagerContract, ListingAFileOrNothingGivesNone) {
     write("file", "x");
     EXPECT_EQ(files().contentsOfDirectory(at("file")), std::nullopt);
     EXPECT_EQ(files().contentsOfDirectory(at("missing")), std::nullopt);
+}
+
+TEST_P(FileManagerContract, VisitTellsNamesKindsAndSizes) {
+    makeFolder("folder/sub");
+    write("folder/file", "12345");
+    link("folder/link", "file");
+    std::map<std::string, std::pair<FileType, std::uint64_t>> seen;
+    EXPECT_TRUE(
+        files().visitDirectory(at("folder"), platform::VisitSizes::yes, [&](const platform::VisitedEntry& entry) {
+            seen[std::string(entry.name)] = {entry.type, entry.size};
+        }));
+    const std::map<std::string, std::pair<FileType, std::uint64_t>> expected{
+        {"sub", {FileType::folder, 0}}, {"file", {FileType::regular, 5}}, {"link", {FileType::symbolicLink, 4}}};
+    EXPECT_EQ(seen, expected);
+}
+
+TEST_P(FileManagerContract, VisitOfAFileOrNothingFails) {
+    write("file", "x");
+    int visited = 0;
+    const auto count = [&](const platform::VisitedEntry&) { ++visited; };
+    EXPECT_FALSE(files().visitDirectory(at("file"), platform::VisitSizes::no, count));
+    EXPECT_FALSE(files().visitDirectory(at("missing"), platform::VisitSizes::no, count));
+    EXPECT_EQ(visited, 0);
 }
 
 TEST_P(FileManagerContract, RemovesAFolderWithAllThatLiesInIt) {

@@ -10,7 +10,7 @@ namespace platform::linux_host {
 
 namespace {
 
-constexpr std::uint64_t largestEntry = 1024 * 1024;
+constexpr std::uint64_t largestEntry = 1U << 20U;
 
 std::string_view trimmed(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {

@@ -8,12 +8,13 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <limits>
 
 namespace platform::linux_host {
 
 namespace {
 
-constexpr off_t smallSize = 64 * 1024;
+constexpr off_t smallSize = off_t{64} * 1024;
 constexpr std::size_t kernelChunk = std::size_t{1} << 30U;
 
 int writeAll(int to, const char* bytes, std::size_t count) {
@@ -31,11 +32,16 @@ int writeAll(int to, const char* bytes, std::size_t count) {
     return 0;
 }
 
-// From the present positions to the end, at most `limit` bytes; `expected` spares the read that finds the end.
-int readAndWrite(int from, int to, off_t limit, off_t expected) {
+struct Amount {
+    off_t limit = 0;     // bytes to copy at most
+    off_t expected = 0;  // spares the read that finds the end
+};
+
+// From the present positions to the end of the file or of the amount.
+int readAndWrite(int from, int to, const Amount& amount) {
     std::array<char, smallSize> buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init)
-    for (off_t done = 0; done < limit;) {
-        const auto wanted = static_cast<std::size_t>(std::min<off_t>(limit - done, smallSize));
+    for (off_t done = 0; done < amount.limit;) {
+        const auto wanted = static_cast<std::size_t>(std::min<off_t>(amount.limit - done, smallSize));
         const ssize_t count = ::read(from, buffer.data(), wanted);
         if (count < 0) {
             if (errno == EINTR) {
@@ -50,7 +56,7 @@ int readAndWrite(int from, int to, off_t limit, off_t expected) {
             return code;
         }
         done += count;
-        if (done == expected) {
+        if (done == amount.expected) {
             return 0;
         }
     }
@@ -74,7 +80,7 @@ int copyRange(int from, int to, off_t count) {
             return errno;
         }
         if (copied <= 0) {
-            return readAndWrite(from, to, count, count);
+            return readAndWrite(from, to, {.limit = count, .expected = count});
         }
         count -= copied;
     }
@@ -110,7 +116,9 @@ int copyContents(int from, const struct stat& status, int to) {
         return 0;
     }
     if (status.st_size <= smallSize) {
-        return readAndWrite(from, to, kernelChunk, status.st_size);  // also files that do not know their size
+        return readAndWrite(from, to,
+                            {.limit = std::numeric_limits<off_t>::max(),
+                             .expected = status.st_size});  // also files that do not know their size
     }
     const bool hasHoles = status.st_blocks * 512 < status.st_size;
     return hasHoles ? copySparse(from, to, status.st_size) : copyRange(from, to, status.st_size);
