@@ -298,7 +298,10 @@ void RtfReader::writeNote(QString text) {
 
 void RtfReader::handleContentWord(std::string_view word, std::optional<int> value) {
     if (word == "uc") {
-        group().fallback = std::clamp(value.value_or(1), 0, 255);
+        // No character takes so many to stand in for it; a text that says so would swallow its own.
+        constexpr int most = 16;
+        const int count = value.value_or(1);
+        group().fallback = count >= 0 && count <= most ? count : 1;
         return;
     }
     if (const QChar character = characterOfWord(word); !character.isNull()) {
