@@ -38,9 +38,11 @@ public:
             return recycleFailure;
         }
         std::filesystem::create_directories(trashFolder);
-        std::string target = trashFolder + "/" + name;
+        const std::string wanted = trashFolder + "/" + name;
+        std::string target = wanted;
         for (int number = 2; std::filesystem::exists(std::filesystem::symlink_status(target)); ++number) {
-            target = trashFolder + "/" + name + " " + std::to_string(number);
+            target = wanted;
+            target.append(" ").append(std::to_string(number));
         }
         std::error_code error;
         std::filesystem::rename(folder + "/" + name, target, error);

@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "lib/KZFileManager.h"
@@ -45,14 +46,15 @@ protected:
         KZLog::createNewLog("Files");
         newLogEntries();
     }
-    ~FilesFixture() override { KZLog::finishWriting(); }
+    void TearDown() override { KZLog::finishWriting(); }
 
     // An item below the temporary folder. A path that ends in "/" makes a folder.
     std::string add(const std::string& name, const std::string& contents = "contents") {
-        const std::string path = disk / name;
+        std::string path = disk / name;
         if (path.ends_with('/')) {
+            path.pop_back();
             std::filesystem::create_directories(path);
-            return path.substr(0, path.size() - 1);
+            return path;
         }
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
         std::ofstream(path, std::ios::binary) << contents;
@@ -84,10 +86,9 @@ protected:
             const auto text = line.find(" - ");
             entries.push_back(text == std::string::npos ? line : line.substr(text + 3));
         }
-        const std::vector<std::string> unread(entries.begin() + static_cast<std::ptrdiff_t>(m_entriesRead),
-                                              entries.end());
-        m_entriesRead = entries.size();
-        return unread;
+        const auto alreadyRead = std::exchange(m_entriesRead, entries.size());
+        entries.erase(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(alreadyRead));
+        return entries;
     }
 
     void makeSuperuser() { identity.uid = 0; }

@@ -33,6 +33,7 @@ TEST_F(AuthorizationSession, IsAllocatedOnlyOnce) {
 TEST_F(AuthorizationSession, IsTheSameOneForThreadsThatAskAtOnce) {
     std::vector<KZAuthorization*> found(8);
     std::vector<std::thread> threads;
+    threads.reserve(found.size());
     for (auto& place : found) {
         threads.emplace_back([&place] { place = KZAuthorization::sharedController(); });
     }
