@@ -12,13 +12,18 @@ fail() {
 
 # run_step TITLE LOG COMMAND...: runs a long command into a log and shows where it is: on a terminal in one line that
 # changes each second, elsewhere in a line every 20 seconds. When it fails, the end of the log is shown.
+# The command has a process group of its own; a script that is ended calls end_step.
+step_group=
 run_step() {
     local title=$1 log=$2 started=$SECONDS pid status=0 last shown=0 every=20
     shift 2
     [[ -t 1 ]] && every=1
     mkdir -p "$(dirname "$log")"
+    set -m
     "$@" > "$log" 2>&1 < /dev/null &
     pid=$!
+    set +m
+    step_group=$pid
     while kill -0 "$pid" 2> /dev/null; do
         sleep 0.2
         (( SECONDS - started >= shown + every )) || continue
@@ -31,6 +36,7 @@ run_step() {
         fi
     done
     wait "$pid" || status=$?
+    step_group=
     [[ -t 1 ]] && printf '\r\033[K'
     if (( status == 0 )); then
         printf '%s: done in %d s\n' "$title" "$((SECONDS - started))"
@@ -39,6 +45,15 @@ run_step() {
         tail -n 60 "$log"
     fi
     return "$status"
+}
+
+# Ends the step that is running, with all that it has started.
+end_step() {
+    if [[ -n $step_group ]]; then
+        kill -s TERM -- "-$step_group" 2> /dev/null || true
+        wait "$step_group" 2> /dev/null || true
+        step_group=
+    fi
 }
 
 # Makes an ordinary account of its own with a home folder; its name is printed.

@@ -3,6 +3,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
+trap end_step EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM HUP
 
 build=(cmake ninja-build g++ pkg-config qt6-base-dev libqt6opengl6-dev libplist-dev libsystemd-dev)
 demo=(xvfb xdotool dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3 python3-gi fonts-dejavu-core lsof)
