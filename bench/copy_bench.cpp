@@ -30,7 +30,7 @@ struct Options {
     bool onlyReflinks = false;
 };
 
-constexpr int largeFiles = 4;
+constexpr unsigned largeFiles = 4;
 
 bool runTool(const std::string& line) { return std::system(line.c_str()) == 0; }
 
@@ -85,7 +85,7 @@ void compareReflinks(const Options& options, const fakes::TemporaryFolder& place
     const std::string image = place / "image";
     const std::string disk = place / "disk";
     fs::create_directory(disk);
-    const std::size_t megabytes = 1024 + 2 * largeFiles * options.largeMegabytes;
+    const std::size_t megabytes = 1024 + options.largeMegabytes * largeFiles * 2;
     const bool mounted =
         ::geteuid() == 0 && ::unshare(CLONE_NEWNS) == 0 &&
         ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&

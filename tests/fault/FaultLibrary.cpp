@@ -60,12 +60,14 @@ Function next(const char* name) {
 
 }  // namespace
 
+// Names, types and lists cannot stand in parentheses. NOLINTBEGIN(bugprone-macro-parentheses)
 #define FAULTY(result, name, parameters, arguments)                       \
     extern "C" result name parameters {                                   \
         using Function = result(*) parameters;                            \
         static const Function real = next<Function>(#name);               \
         return isFault(#name) ? static_cast<result>(-1) : real arguments; \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 FAULTY(int, mkdir, (const char* path, mode_t mode), (path, mode))
 FAULTY(int, mkdirat, (int folder, const char* path, mode_t mode), (folder, path, mode))

@@ -26,6 +26,7 @@ std::string readText(const std::string& path) {
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> list;
+    list.reserve(words.size() + 1);
     for (std::string& word : words) {
         list.push_back(word.data());
     }

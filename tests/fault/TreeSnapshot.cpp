@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <vector>
 
 namespace fault {
@@ -31,8 +32,10 @@ void describe(const std::string& path, const std::string& name, std::string& tex
     if (::lstat(path.c_str(), &status) != 0) {
         return;
     }
-    text += name + " " + std::to_string(status.st_mode) + " " + std::to_string(status.st_mtim.tv_sec) + "." +
-            std::to_string(status.st_mtim.tv_nsec) + " " + attribute(path) + " ";
+    std::ostringstream line;
+    line << name << ' ' << status.st_mode << ' ' << status.st_mtim.tv_sec << '.' << status.st_mtim.tv_nsec << ' '
+         << attribute(path) << ' ';
+    text += line.str();
     if (S_ISLNK(status.st_mode)) {
         text += std::filesystem::read_symlink(path).string();
     } else if (S_ISREG(status.st_mode)) {
