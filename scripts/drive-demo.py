@@ -127,7 +127,10 @@ def main():
         sys.exit("The demo acts as an ordinary user.")
     pictures = Path(sys.argv[3])
     pictures.mkdir(parents=True, exist_ok=True)
-    show(Bundle(os.path.abspath(sys.argv[1])), Home(os.path.abspath(sys.argv[2])), pictures)
+    try:
+        show(Bundle(os.path.abspath(sys.argv[1])), Home(os.path.abspath(sys.argv[2])), pictures)
+    except KeyboardInterrupt:
+        sys.exit(130)
 
 
 if __name__ == "__main__":
