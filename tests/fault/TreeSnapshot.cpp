@@ -50,8 +50,9 @@ void describe(const std::string& path, const std::string& name, std::string& tex
         names.push_back(entry.path().filename().string());
     }
     std::sort(names.begin(), names.end());
-    for (const std::string& below : names) {
-        describe(path + "/" + below, name + "/" + below, text);
+    for (const std::string& entry : names) {
+        const std::string below = "/" + entry;
+        describe(path + below, name + below, text);
     }
 }
 
