@@ -15,7 +15,8 @@ constexpr std::array<int, 4> kLengths{1557, 1933, 2423, 2903};
 class DelayLine {
 public:
     DelayLine(int length, double sampleRate)
-        : m_buffer(static_cast<size_t>(std::lround(length * sampleRate / 48000.0)) + 1, 0.0F) {}
+        : m_sampleRate(sampleRate),
+          m_buffer(static_cast<size_t>(std::lround(length * sampleRate / 48000.0)) + 1, 0.0F) {}
 
     float read() const { return m_buffer[m_position]; }
 
@@ -25,13 +26,14 @@ public:
         m_position = (m_position + 1) % m_buffer.size();
     }
 
-    void set(double decaySeconds, double damping, double sampleRate) {
-        const double delay = static_cast<double>(m_buffer.size()) / sampleRate;
+    void set(double decaySeconds, double damping) {
+        const double delay = static_cast<double>(m_buffer.size()) / m_sampleRate;
         m_feedback = static_cast<float>(std::pow(10.0, -3.0 * delay / decaySeconds));
         m_brightness = static_cast<float>(1.0 - 0.9 * damping);
     }
 
 private:
+    double m_sampleRate;
     std::vector<float> m_buffer;
     size_t m_position = 0;
     float m_lowPass = 0.0F;
@@ -43,11 +45,9 @@ private:
 
 struct LarkspurReverb {
     explicit LarkspurReverb(double rate)
-        : sampleRate(rate),
-          lines{DelayLine{kLengths[0], rate}, DelayLine{kLengths[1], rate}, DelayLine{kLengths[2], rate},
+        : lines{DelayLine{kLengths[0], rate}, DelayLine{kLengths[1], rate}, DelayLine{kLengths[2], rate},
                 DelayLine{kLengths[3], rate}} {}
 
-    double sampleRate;
     std::array<DelayLine, 4> lines;
     float mix = 0.3F;
 };
@@ -60,7 +60,7 @@ LarkspurReverb* larkspur_reverb_create(double sample_rate) {
     }
     try {
         auto reverb = std::make_unique<LarkspurReverb>(sample_rate);
-        larkspur_reverb_set(reverb.get(), 2.4, 0.35, 0.3);
+        larkspur_reverb_set(reverb.get(), {.decay_seconds = 2.4, .damping = 0.35, .mix = 0.3});
         return reverb.release();
     } catch (const std::bad_alloc&) {
         return nullptr;
@@ -69,12 +69,11 @@ LarkspurReverb* larkspur_reverb_create(double sample_rate) {
 
 void larkspur_reverb_destroy(LarkspurReverb* reverb) { delete reverb; }
 
-void larkspur_reverb_set(LarkspurReverb* reverb, double decay_seconds, double damping, double mix) {
-    const double decay = std::clamp(decay_seconds, 0.1, 20.0);
+void larkspur_reverb_set(LarkspurReverb* reverb, LarkspurSettings settings) {
     for (DelayLine& line : reverb->lines) {
-        line.set(decay, std::clamp(damping, 0.0, 1.0), reverb->sampleRate);
+        line.set(std::clamp(settings.decay_seconds, 0.1, 20.0), std::clamp(settings.damping, 0.0, 1.0));
     }
-    reverb->mix = static_cast<float>(std::clamp(mix, 0.0, 1.0));
+    reverb->mix = static_cast<float>(std::clamp(settings.mix, 0.0, 1.0));
 }
 
 void larkspur_reverb_process(LarkspurReverb* reverb, float* left, float* right, size_t frames) {

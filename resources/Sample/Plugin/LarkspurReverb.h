@@ -18,8 +18,14 @@ LARKSPUR_EXPORT const char* larkspur_reverb_version(void);
 LARKSPUR_EXPORT LarkspurReverb* larkspur_reverb_create(double sample_rate);
 LARKSPUR_EXPORT void larkspur_reverb_destroy(LarkspurReverb* reverb);
 
-// Seconds until the tail has fallen by 60 dB, 0.1 to 20; damping and mix from 0 to 1. Values outside are clamped.
-LARKSPUR_EXPORT void larkspur_reverb_set(LarkspurReverb* reverb, double decay_seconds, double damping, double mix);
+// Values outside their range are clamped.
+typedef struct LarkspurSettings {
+    double decay_seconds;  // until the tail has fallen by 60 dB, 0.1 to 20
+    double damping;        // 0 to 1: how much sooner the high notes die away
+    double mix;            // 0 to 1: how much of the room is in the sound
+} LarkspurSettings;
+
+LARKSPUR_EXPORT void larkspur_reverb_set(LarkspurReverb* reverb, LarkspurSettings settings);
 
 // Adds the room to `frames` frames of both channels, in place. Allocates nothing and takes no lock.
 LARKSPUR_EXPORT void larkspur_reverb_process(LarkspurReverb* reverb, float* left, float* right, size_t frames);
