@@ -124,7 +124,7 @@ TEST_F(TheApplication, LoadsAnImageByItsContentsWhateverItsName) {
 TEST_F(TheApplication, HasNoImageForWhatIsNone) {
     const fakes::TemporaryFolder folder;
     std::ofstream(folder / "text.png") << "not an image";
-    std::ofstream(folder / "empty.png");
+    std::ofstream(folder / "empty.png") << "";
     ASSERT_EQ(::mkfifo((folder / "pipe.png").c_str(), 0600), 0);
     for (const char* name : {"text.png", "empty.png", "pipe.png", "missing.png", "."}) {
         EXPECT_EQ(application.loadImage(folder / name), nullptr) << name;

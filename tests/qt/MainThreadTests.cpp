@@ -96,6 +96,7 @@ TEST(TheMainThread, ServesManyWorkersAtOnce) {
     int sum = 0;  // only the main thread touches it
     std::atomic<int> left = 4;
     std::vector<std::thread> workers;
+    workers.reserve(4);
     for (int i = 0; i < 4; ++i) {
         workers.emplace_back([&] {
             for (int n = 0; n < 500; ++n) {

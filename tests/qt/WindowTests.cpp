@@ -295,7 +295,7 @@ TEST_F(TheWindow, KeepsTheImagesProportions) {
     for (int y = 0; y < shown.height(); ++y) {
         red += shown.pixelColor(shown.width() / 2, y).red() > 200 ? 1 : 0;
     }
-    EXPECT_NEAR(red, shown.width() / 5, 4);  // the image is as wide as the view
+    EXPECT_NEAR(red, shown.width() / 5.0, 4);  // the image is as wide as the view
 }
 
 TEST_F(TheWindow, EmptiesTheImageWhenThereIsNone) {
