@@ -5,26 +5,34 @@
 #include <QTextTable>
 #include <cmath>
 
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/HtmlDocument.h"
 #include "tests/qt/AgreementText.h"
 
 namespace {
 
-using Qt::Literals::StringLiterals::operator""_s;
+using platform::qt::operator""_L1;  // NOLINT(misc-unused-using-decls): the check overlooks literals
+using platform::qt::operator""_s;   // NOLINT(misc-unused-using-decls): the check overlooks literals
 
 using agreement_tests::formatOf;
 using platform::qt::applyStandardTextColor;
 
-QPalette palette(const char* base, const char* text, const char* link) {
+struct Colors {
+    QLatin1String base;
+    QLatin1String text;
+    QLatin1String link;
+};
+
+QPalette palette(const Colors& colors) {
     QPalette result;
-    result.setColor(QPalette::Base, QColor(QLatin1String(base)));
-    result.setColor(QPalette::Text, QColor(QLatin1String(text)));
-    result.setColor(QPalette::Link, QColor(QLatin1String(link)));
+    result.setColor(QPalette::Base, QColor(colors.base));
+    result.setColor(QPalette::Text, QColor(colors.text));
+    result.setColor(QPalette::Link, QColor(colors.link));
     return result;
 }
 
-QPalette light() { return palette("#ffffff", "#000000", "#0000ff"); }
-QPalette dark() { return palette("#1e1e1e", "#eeeeee", "#0000ff"); }
+QPalette light() { return palette({"#ffffff"_L1, "#000000"_L1, "#0000ff"_L1}); }
+QPalette dark() { return palette({"#1e1e1e"_L1, "#eeeeee"_L1, "#0000ff"_L1}); }
 
 double channel(double value) { return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4); }
 
@@ -76,8 +84,8 @@ TEST(AgreementColors, TakeBackgroundsOfParagraphsCellsAndPagesAwayLikewise) {
 }
 
 TEST(AgreementColors, GiveLinksAContrastThatCanBeRead) {
-    for (const QPalette& colors :
-         {light(), dark(), palette("#777777", "#000000", "#7777aa"), palette("#ffffff", "#000000", "#ffffff")}) {
+    for (const QPalette& colors : {light(), dark(), palette({"#777777"_L1, "#000000"_L1, "#7777aa"_L1}),
+                                   palette({"#ffffff"_L1, "#000000"_L1, "#ffffff"_L1})}) {
         const auto document = colored("<a href='https://example.org' style='color:#eee'>link</a>", colors);
         const QTextCharFormat format = formatOf(*document, "link");
         EXPECT_GE(contrast(format.foreground().color(), colors.color(QPalette::Base)), 4.5);

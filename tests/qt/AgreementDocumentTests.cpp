@@ -130,7 +130,7 @@ TEST(Agreement, HasItsOwnEveryLetterOfTheSample) {
                              "čeština and ελληνικά", "help@orrin-audio.example", "10.\tLaw"}) {
         EXPECT_NE(text.find(part), std::string::npos) << part;
     }
-    EXPECT_EQ(text.find("\\"), std::string::npos);
+    EXPECT_EQ(text.find('\\'), std::string::npos);
 }
 
 }  // namespace

@@ -4,18 +4,19 @@
 
 #include <string>
 
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/AgreementTextDocument.h"
 
 namespace {
 
-using Qt::Literals::StringLiterals::operator""_s;
+using platform::qt::operator""_s;  // NOLINT(misc-unused-using-decls): the check overlooks literals
 
 std::string decoded(std::string_view bytes) {
     return platform::qt::decodePlainText(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())))
         .toStdString();
 }
 
-using std::string_view_literals::operator""sv;
+using std::string_view_literals::operator""sv;  // NOLINT(misc-unused-using-decls): the check overlooks literals
 
 TEST(PlainText, IsUtf8) { EXPECT_EQ(decoded("Größe – 日本 😀"), "Größe – 日本 😀"); }
 

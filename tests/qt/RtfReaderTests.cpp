@@ -4,11 +4,12 @@
 
 #include <QElapsedTimer>
 
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "tests/qt/AgreementText.h"
 
 namespace {
 
-using Qt::Literals::StringLiterals::operator""_s;
+using platform::qt::operator""_s;  // NOLINT(misc-unused-using-decls): the check overlooks literals
 
 using agreement_tests::textOf;
 using platform::qt::RtfDocument;

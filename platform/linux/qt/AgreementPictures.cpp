@@ -8,11 +8,10 @@
 #include <algorithm>
 
 #include "platform/linux/qt/AgreementFile.h"
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/QtText.h"
 
 namespace platform::qt {
-
-using Qt::Literals::StringLiterals::operator""_s;
 
 namespace {
 

@@ -3,12 +3,10 @@
 #include <QGuiApplication>
 #include <QTextCursor>
 
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/QtText.h"
 
 namespace platform::qt {
-
-using Qt::Literals::StringLiterals::operator""_L1;
-using Qt::Literals::StringLiterals::operator""_s;
 
 AgreementTextDocument::AgreementTextDocument() {
     constexpr qreal margin = 14;

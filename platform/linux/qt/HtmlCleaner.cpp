@@ -3,12 +3,10 @@
 #include <QStringList>
 #include <algorithm>
 
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/HtmlTags.h"
 
 namespace platform::qt {
-
-using Qt::Literals::StringLiterals::operator""_L1;
-using Qt::Literals::StringLiterals::operator""_s;
 
 namespace {
 

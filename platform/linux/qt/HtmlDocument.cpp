@@ -7,6 +7,7 @@
 
 #include "platform/linux/qt/AgreementCharset.h"
 #include "platform/linux/qt/AgreementFormats.h"
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/AgreementPictures.h"
 #include "platform/linux/qt/AgreementTextDocument.h"
 #include "platform/linux/qt/HtmlCleaner.h"
@@ -14,8 +15,6 @@
 #include "platform/linux/qt/PlainTextDocument.h"
 
 namespace platform::qt {
-
-using Qt::Literals::StringLiterals::operator""_L1;
 
 namespace {
 

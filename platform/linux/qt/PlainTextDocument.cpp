@@ -7,11 +7,10 @@
 #include <optional>
 
 #include "platform/linux/qt/AgreementCharset.h"
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/AgreementTextDocument.h"
 
 namespace platform::qt {
-
-using Qt::Literals::StringLiterals::operator""_L1;
 
 namespace {
 

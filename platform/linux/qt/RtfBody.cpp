@@ -61,7 +61,8 @@ void RtfBody::addMark(const RtfPlace& place) {
     if (m_marked || mark.isEmpty() || m_paragraph.inlines.empty()) {
         return;
     }
-    RtfInline run{.text = std::move(mark) + u'\t', .style = m_paragraph.inlines.front().style};
+    mark += u'\t';
+    RtfInline run{.text = std::move(mark), .style = m_paragraph.inlines.front().style};
     run.style.underline = false;
     m_paragraph.inlines.insert(m_paragraph.inlines.begin(), std::move(run));
 }

@@ -2,9 +2,9 @@
 
 #include <QStringView>
 
-namespace platform::qt {
+#include "platform/linux/qt/AgreementLiterals.h"
 
-using Qt::Literals::StringLiterals::operator""_L1;
+namespace platform::qt {
 
 namespace {
 

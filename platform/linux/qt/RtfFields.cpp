@@ -2,11 +2,10 @@
 
 #include <QStringList>
 
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/AgreementTextDocument.h"
 
 namespace platform::qt {
-
-using Qt::Literals::StringLiterals::operator""_L1;
 
 namespace {
 

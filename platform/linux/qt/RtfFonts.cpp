@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <array>
 
-namespace platform::qt {
+#include "platform/linux/qt/AgreementLiterals.h"
 
-using Qt::Literals::StringLiterals::operator""_L1;
+namespace platform::qt {
 
 namespace {
 

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
+#include "platform/linux/qt/AgreementLiterals.h"
 #include "platform/linux/qt/RtfCharset.h"
 
 namespace platform::qt {
-
-using Qt::Literals::StringLiterals::operator""_L1;
 
 namespace {
 
