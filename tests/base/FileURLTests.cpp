@@ -8,6 +8,4 @@ TEST(FileURL, EncodesBlanksAndWhatAddressesReserve) {
     EXPECT_EQ(kz::fileURLWithPath("/a b/100%#?;[x]"), "file:///a%20b/100%25%23%3F%3B%5Bx%5D");
 }
 
-TEST(FileURL, EncodesEveryByteOfOtherCharacters) {
-    EXPECT_EQ(kz::fileURLWithPath("/é\n\xFF"), "file:///%C3%A9%0A%FF");
-}
+TEST(FileURL, EncodesEveryByteOfOtherCharacters) { EXPECT_EQ(kz::fileURLWithPath("/é\n\xFF"), "file:///%C3%A9%0A%FF"); }
