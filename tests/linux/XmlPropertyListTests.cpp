@@ -61,6 +61,10 @@ TEST(XmlPropertyList, MayLackDeclarationAndPlistElement) {
 
 TEST(XmlPropertyList, KeepsTheBlanksOfStrings) { EXPECT_EQ(read("<string> a\n b\t</string>"), text(" a\n b\t")); }
 
+TEST(XmlPropertyList, ReadsEveryEndOfALineAsANewLine) {
+    EXPECT_EQ(read("<string>a\r\nb\rc&#13;</string>"), text("a\nb\nc\r"));
+}
+
 TEST(XmlPropertyList, UnderstandsReferencesCdataAndCommentsInText) {
     EXPECT_EQ(read("<string>&lt;&gt;&amp;&quot;&apos;&#65;&#x1F3B9;</string>"), text("<>&\"'A🎹"));
     EXPECT_EQ(read("<string>a<![CDATA[<b>&amp;]]>c</string>"), text("a<b>&amp;c"));
@@ -73,7 +77,7 @@ TEST(XmlPropertyList, SkipsCommentsAndInstructionsBetweenElements) {
 }
 
 TEST(XmlPropertyList, IgnoresAttributesWhateverTheyHold) {
-    EXPECT_EQ(valueOf("<plist version='>' x=\"/\"><string a=\"</string>\">x</string></plist >"), text("x"));
+    EXPECT_EQ(valueOf("<plist version='>' x=\"/\"><string a=\"/string>\">x</string></plist >"), text("x"));
 }
 
 TEST(XmlPropertyList, KeepsIntegersOfSixtyFourBits) {
@@ -206,6 +210,45 @@ TEST(XmlPropertyList, DoesNotExpandEntitiesOfItsOwn) {
     EXPECT_EQ(valueOf(entities + "<plist><string>x</string></plist>"), text("x"));
 }
 
+TEST(XmlPropertyList, WithChainsOfEntitiesIsRefused) {
+    std::string chain = "<!DOCTYPE plist [<!ENTITY e0 \"x\">";  // each of them holds the one before
+    for (int i = 1; i < 100'000; ++i) {
+        chain += "<!ENTITY e" + std::to_string(i) + " \"&e" + std::to_string(i - 1) + ";\">";
+    }
+    EXPECT_THAT(refusalOf(chain + "]><plist x='&e99999;'><true/></plist>"), HasSubstr("too many entities"));
+    EXPECT_THAT(refusalOf(chain + "<!ATTLIST plist x CDATA '&e99999;'>]><plist><true/></plist>"),
+                HasSubstr("too many entities"));
+}
+
+TEST(XmlPropertyList, WithAnAttributeThatGrowsThroughEntitiesIsRefused) {
+    std::string doubling = "<!DOCTYPE plist [<!ENTITY e0 \"ha\">";
+    for (int i = 1; i < 40; ++i) {
+        const std::string before = "&e" + std::to_string(i - 1) + ";";
+        doubling += "<!ENTITY e" + std::to_string(i) + " \"";
+        doubling.append(before).append(before).append("\">");
+    }
+    EXPECT_THAT(refusalOf(doubling + "]><plist x='&e39;'><true/></plist>"), HasSubstr("amplification"));
+    EXPECT_EQ(valueOf(doubling + "]><plist x='&e3;'><true/></plist>"), value(true));
+}
+
+TEST(XmlPropertyList, NeverLoadsWhatItsDocumentTypeNames) {
+    EXPECT_EQ(valueOf("<!DOCTYPE plist SYSTEM \"file:///dev/zero\" [<!ENTITY % all SYSTEM \"file:///dev/zero\"> %all;]>"
+                      "<plist><true/></plist>"),
+              value(true));
+}
+
+TEST(XmlPropertyList, IsRefusedWhenItsDocumentTypeAddsThousandsOfAttributesToEveryElement) {
+    std::string list = "<!DOCTYPE plist [<!ATTLIST true";
+    for (int i = 0; i < 10'000; ++i) {
+        list += " a" + std::to_string(i) + " CDATA 'x'";
+    }
+    list += ">]><plist><array>";
+    for (int i = 0; i < 100'000; ++i) {
+        list += "<true/>";
+    }
+    EXPECT_THAT(refusalOf(list + "</array></plist>"), HasSubstr("more memory"));
+}
+
 TEST(XmlPropertyList, MayNestToALimit) {
     const auto nested = [](int depth) {
         std::string open;
@@ -258,6 +301,9 @@ TEST(WrittenPropertyList, ReadsBackAsItWas) {
         {"", text("")},
         {"<&>\"'", text("a < b && c > d ]]> \"'\r\n\t\x01\x1B é 🎹")},
         {"nul", text(std::string("a\0b", 3))},
+        {"noncharacters", text("\uFFFD\uFFFE\uFFFF")},
+        {"\x01", text("")},
+        {"\x02", text("")},
         {"min", integer(std::numeric_limits<std::int64_t>::min())},
         {"max", integer(std::numeric_limits<std::int64_t>::max())},
         {"pi", value(3.141592653589793)},
@@ -276,6 +322,13 @@ TEST(WrittenPropertyList, ReadsBackAsItWas) {
 
 TEST(WrittenPropertyList, HasReplacementCharactersForBytesThatAreNotText) {
     EXPECT_EQ(valueOf(written(text("a\xFFz"))), text("a\uFFFDz"));
+}
+
+TEST(WrittenPropertyList, HasInstructionsForCharactersThatXmlHasNoPlaceFor) {
+    EXPECT_THAT(written(text("a\x1Bz")), HasSubstr("<string>a<?code-point 27?>z</string>"));
+    EXPECT_EQ(read("<string>a<?code-point 27?><?code-point x?><?code-point 1 ?><?other 2?>z</string>"), text("a\x1Bz"));
+    EXPECT_EQ(read("<?code-point 27?><true><?code-point 32?></true>"), value(true));
+    EXPECT_EQ(read("<string><?code-point 4294967295?></string>"), text("\uFFFD"));
 }
 
 TEST(WrittenPropertyList, HoldsTheEarliestAndTheLatestDate) {

@@ -1,8 +1,19 @@
 #include "platform/linux/services/XmlPropertyList.h"
 
+#define XML_DTD  // NOLINT(cppcoreguidelines-macro-usage): without it the header hides the limits on entities
+#include <expat.h>
+
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstdint>
+#include <exception>
+#include <limits>
+#include <memory>
+#include <new>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "platform/linux/services/Base64.h"
 #include "platform/linux/services/PropertyListReading.h"
@@ -12,289 +23,247 @@ namespace platform::linux_host {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r\n";
-
 std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
     const auto first = text.find_first_not_of(blanks);
-    return first == std::string_view::npos ? std::string_view{}
+    return first == std::string_view::npos ? text.substr(0, 0)
                                            : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-struct Tag {
-    enum class Kind { opening, closing, empty };
-    Kind kind = Kind::opening;
-    std::string_view name;
-    std::size_t position = 0;
-};
+bool isScalar(std::string_view element) {
+    static constexpr std::array<std::string_view, 7> scalars{"string", "integer", "real", "true",
+                                                             "false",  "date",    "data"};
+    return std::ranges::find(scalars, element) != scalars.end();
+}
 
+template <typename Kind>
+std::optional<PropertyValue> wrapped(std::optional<Kind> value) {
+    return value ? std::optional(PropertyValue{std::move(*value)}) : std::nullopt;
+}
+
+// None when the text is not of the form that the element asks for.
+std::optional<PropertyValue> scalarFrom(std::string_view element, std::string text) {
+    if (element == "string") {
+        return PropertyValue{std::move(text)};
+    }
+    const auto content = trimmed(text);
+    if (element == "integer") {
+        return integerFrom(content);
+    }
+    if (element == "real") {
+        return wrapped(realFrom(content));
+    }
+    if (element == "date") {
+        return wrapped(dateFrom(content));
+    }
+    if (element == "data") {
+        return wrapped(dataFromBase64(content));
+    }
+    return content.empty() ? std::optional(PropertyValue{element == "true"}) : std::nullopt;
+}
+
+// Builds the values while expat walks through the text. An exception must not pass through expat, which is C: the first
+// one is kept, stops the walk and is thrown again after it.
 class Reader {
 public:
-    explicit Reader(std::string_view text) : m_text(text) {}
-
-    PropertyValue root() {
-        const Tag first = nextTag();
-        PropertyValue value;
-        if (first.name == "plist" && first.kind == Tag::Kind::opening) {
-            value = valueOf(nextTag());
-            expectClosing("plist", nextTag());
-        } else {
-            value = valueOf(first);
+    // The text must begin with an element, an instruction or a document type, since nothing may precede a declaration.
+    // Positions are counted from `beginning`.
+    PropertyValue read(std::string_view text, std::size_t beginning) {
+        m_beginning = beginning;
+        m_budget.charge(text.size(), beginning);  // all texts of the values come out of it
+        static_assert(MemoryBudget::limit <= std::numeric_limits<int>::max());
+        listen();
+        const bool complete = XML_Parse(m_parser.get(), text.data(), static_cast<int>(text.size()), 1) == XML_STATUS_OK;
+        if (m_failure) {
+            std::rethrow_exception(m_failure);
         }
-        skipMisc();
-        if (m_position != m_text.size()) {
-            fail("something follows the list");
+        if (!complete) {
+            failAsExpatDid();
         }
-        return value;
+        if (!m_root) {
+            fail("the list holds no value");
+        }
+        return std::move(*m_root);
     }
 
 private:
-    [[noreturn]] void fail(std::string reason) const { throw Malformed{std::move(reason), m_position}; }
-    [[noreturn]] static void fail(const Tag& tag, std::string reason) {
-        throw Malformed{std::move(reason), tag.position};
-    }
+    struct Container {
+        PropertyValue value;             // an array or a dictionary
+        std::optional<std::string> key;  // of a dictionary's next value
+    };
 
-    bool startsWith(std::string_view beginning) const { return m_text.substr(m_position).starts_with(beginning); }
-
-    void skipBlanks() { m_position = std::min(m_text.find_first_not_of(blanks, m_position), m_text.size()); }
-
-    void skipPast(std::string_view end, const char* what) {
-        const auto found = m_text.find(end, m_position);
-        if (found == std::string_view::npos) {
-            fail(std::string(what) + " does not end");
+    void listen() {
+        auto* const parser = m_parser.get();
+        if (parser == nullptr) {
+            throw std::bad_alloc();
         }
-        m_position = found + end.size();
+        // No handler expands or loads the entities that a list declares. Expat still expands those in attributes.
+        XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, mostAmplification);
+        XML_SetUserData(parser, this);
+        XML_SetElementHandler(parser, forward<&Reader::start>, forward<&Reader::end>);
+        XML_SetCharacterDataHandler(parser, forward<&Reader::addText>);
+        XML_SetProcessingInstructionHandler(parser, forward<&Reader::addCodePoint>);
+        XML_SetDefaultHandler(parser, forward<&Reader::skip>);
     }
 
-    // Quoted texts, comments and a bracketed part may hold the character that ends it.
-    void skipDocumentType() {
-        bool inBrackets = false;
-        while (m_position < m_text.size()) {
-            const char character = m_text[m_position];
-            if (startsWith("<!--")) {
-                skipPast("-->", "a comment");
-                continue;
-            }
-            ++m_position;
-            if (character == '"' || character == '\'') {
-                skipPast(std::string_view(&character, 1), "a quoted text");
-            } else if (character == '[' || character == ']') {
-                inBrackets = character == '[';
-            } else if (character == '>' && !inBrackets) {
-                return;
-            }
+    template <auto method, typename... Arguments>
+    static void forward(void* reader, Arguments... arguments) noexcept {
+        auto& self = *static_cast<Reader*>(reader);
+        if (self.m_failure) {
+            return;  // expat may finish what it is at
         }
-        fail("the document type does not end");
-    }
-
-    // Blanks, comments, processing instructions and document types.
-    void skipMisc() {
-        for (skipBlanks(); m_position < m_text.size(); skipBlanks()) {
-            if (startsWith("<!--")) {
-                skipPast("-->", "a comment");
-            } else if (startsWith("<?")) {
-                skipPast("?>", "a processing instruction");
-            } else if (startsWith("<!DOCTYPE")) {
-                skipDocumentType();
-            } else {
-                return;
-            }
+        try {
+            (self.*method)(arguments...);
+        } catch (...) {
+            self.m_failure = std::current_exception();
+            XML_StopParser(self.m_parser.get(), XML_FALSE);
         }
     }
 
-    Tag nextTag() {
-        skipMisc();
-        Tag tag{.kind = Tag::Kind::opening, .name = {}, .position = m_position};
-        if (m_position == m_text.size()) {
-            fail("the list is cut short");
+    std::size_t position() const {
+        return m_beginning + static_cast<std::size_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(m_parser.get()), 0));
+    }
+    [[noreturn]] void fail(std::string reason) const { throw Malformed{std::move(reason), position()}; }
+
+    [[noreturn]] void failAsExpatDid() const {
+        const auto error = XML_GetErrorCode(m_parser.get());
+        if (error == XML_ERROR_NO_MEMORY) {
+            throw std::bad_alloc();
         }
-        if (m_text[m_position++] != '<') {
-            fail(tag, "there is text where an element should be");
-        }
-        if (startsWith("/")) {
-            tag.kind = Tag::Kind::closing;
-            ++m_position;
-        }
-        const std::size_t nameEnd = m_text.find_first_of(" \t\r\n/>", m_position);
-        if (nameEnd == std::string_view::npos) {
-            fail("the list is cut short");
-        }
-        tag.name = m_text.substr(m_position, nameEnd - m_position);
-        m_position = nameEnd;
-        while (m_position < m_text.size() && m_text[m_position] != '>') {
-            const char character = m_text[m_position++];
-            if (character == '"' || character == '\'') {
-                skipPast(std::string_view(&character, 1), "an attribute");
-            } else if (character == '<') {
-                fail(tag, "an element's tag does not end");
-            }
-        }
-        if (m_position == m_text.size()) {
-            fail("the list is cut short");
-        }
-        if (tag.kind == Tag::Kind::opening && m_text[m_position - 1] == '/') {
-            tag.kind = Tag::Kind::empty;
-        }
-        ++m_position;
-        return tag;
+        fail(error == XML_ERROR_JUNK_AFTER_DOC_ELEMENT ? "something follows the list"
+                                                       : std::string("its XML is wrong: ") + XML_ErrorString(error));
     }
 
-    static void expectClosing(std::string_view name, const Tag& tag) {
-        if (tag.kind != Tag::Kind::closing || tag.name != name) {
-            fail(tag, "the element \"" + std::string(name) + "\" is not closed where it should be");
+    void start(const XML_Char* name, const XML_Char** attributes) {
+        const std::string_view element = name;
+        for (; *attributes != nullptr; attributes += 2) {  // a document type can add thousands to every element
+            m_budget.chargeValue(position());
         }
-    }
-
-    void appendReference(std::string& text) {
-        const auto end = m_text.substr(m_position, longestReference).find(';');
-        if (end == std::string_view::npos) {
-            fail("a reference does not end");
+        if (std::exchange(m_first, false) && element == "plist") {
+            return;
         }
-        const auto name = m_text.substr(m_position + 1, end - 1);
-        static constexpr std::array<std::pair<std::string_view, char>, 5> known{
-            {{"lt", '<'}, {"gt", '>'}, {"amp", '&'}, {"quot", '"'}, {"apos", '\''}}};
-        const auto* const found = std::ranges::find(known, name, &std::pair<std::string_view, char>::first);
-        if (found != known.end()) {
-            text += found->second;
+        m_budget.chargeValue(position());
+        expectPlaceFor(element);
+        if (element == "dict") {
+            m_open.push_back({{PropertyDictionary()}, {}});
+        } else if (element == "array") {
+            m_open.push_back({{PropertyArray()}, {}});
+        } else if (element == "key" || isScalar(element)) {
+            m_element = element;
+            m_elementPosition = position();
+            m_text.clear();
         } else {
-            appendUtf8(text, codePointOf(name));
+            constexpr std::size_t longestName = 40;
+            fail("the element \"" + std::string(element.substr(0, longestName)) + "\" is no property-list value");
         }
-        m_position += end + 1;
     }
 
-    char32_t codePointOf(std::string_view name) const {
-        const bool hexadecimal = name.starts_with("#x");
-        const auto digits = name.substr(std::min<std::size_t>(name.size(), hexadecimal ? 2 : 1));
-        if (!name.starts_with('#') || digits.empty()) {
+    void expectPlaceFor(std::string_view element) const {
+        if (!m_element.empty()) {
+            fail("the element \"" + m_element + "\" holds another one");
+        }
+        if (m_open.size() >= Nesting::deepest) {
+            fail("the values are nested too deeply");
+        }
+        if (m_open.empty() && m_root) {
+            fail("something follows the list");
+        }
+        const bool inDictionary = !m_open.empty() && m_open.back().value.as<PropertyDictionary>() != nullptr;
+        const bool needsKey = inDictionary && !m_open.back().key;
+        if (needsKey != (element == "key")) {
+            fail(needsKey ? "a dictionary holds something other than a key before a value" : "a value is missing");
+        }
+    }
+
+    void end(const XML_Char* name) {
+        const std::string_view element = name;
+        if (m_element.empty()) {
+            if (!m_open.empty()) {
+                endContainer();
+            }
+            return;
+        }
+        m_element.clear();
+        if (element == "key") {
+            m_open.back().key = std::move(m_text);
+        } else if (auto value = scalarFrom(element, std::move(m_text))) {
+            add(std::move(*value));
+        } else {
+            throw Malformed{"the text of an element \"" + std::string(element) + "\" is not of that form",
+                            m_elementPosition};
+        }
+    }
+
+    void endContainer() {
+        if (m_open.back().key) {
+            fail("a value is missing");
+        }
+        auto value = std::move(m_open.back().value);
+        m_open.pop_back();
+        add(std::move(value));
+    }
+
+    void add(PropertyValue value) {
+        if (m_open.empty()) {
+            m_root = std::move(value);
+            return;
+        }
+        auto& [container, key] = m_open.back();
+        if (auto* const values = std::get_if<PropertyArray>(&container.value)) {
+            values->push_back(std::move(value));
+        } else {
+            std::get<PropertyDictionary>(container.value).insert_or_assign(std::move(*key), std::move(value));
+            key.reset();
+        }
+    }
+
+    void addText(const XML_Char* characters, int length) {
+        const std::string_view text(characters, static_cast<std::size_t>(length));
+        if (!m_element.empty()) {
+            m_text += text;
+        } else if (!trimmed(text).empty()) {
+            fail("there is text where an element should be");
+        }
+    }
+
+    // What the writer makes of a character that XML has no place for. Other instructions are skipped.
+    void addCodePoint(const XML_Char* instruction, const XML_Char* data) {
+        const std::string_view digits = data;
+        std::uint32_t value = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        if (!m_element.empty() && instruction == std::string_view("code-point") && error == std::errc() &&
+            end == digits.data() + digits.size()) {
+            appendUtf8(m_text, value);
+        }
+    }
+
+    // Comments, the parts of a document type, and references to entities other than XML's own.
+    void skip(const XML_Char* characters, int length) {
+        const std::string_view markup(characters, static_cast<std::size_t>(length));
+        if (markup.starts_with('&')) {
             fail("a reference is not known");
         }
-        char32_t value = 0;
-        for (const char digit : digits) {
-            const int number = hexDigit(digit);
-            if (number < 0 || (!hexadecimal && number > 9) || value > 0x10FFFF) {
-                fail("a reference to a character is no number");
-            }
-            value = value * (hexadecimal ? 16 : 10) + static_cast<char32_t>(number);
-        }
-        return value;
-    }
-
-    // The text of an element up to and with its closing tag.
-    std::string textOfElement(const Tag& tag) {
-        std::string text;
-        if (tag.kind == Tag::Kind::empty) {
-            return text;
-        }
-        while (true) {
-            const std::size_t special = std::min(m_text.find_first_of("<&", m_position), m_text.size());
-            m_budget.charge(special - m_position, m_position);
-            text += m_text.substr(m_position, special - m_position);
-            m_position = special;
-            if (startsWith("&")) {
-                appendReference(text);
-            } else if (startsWith("<![CDATA[")) {
-                m_position += std::string_view("<![CDATA[").size();
-                const std::size_t begin = m_position;
-                skipPast("]]>", "a CDATA section");
-                text += m_text.substr(begin, m_position - std::string_view("]]>").size() - begin);
-            } else if (startsWith("<!--")) {
-                skipPast("-->", "a comment");
-            } else {
-                expectClosing(tag.name, nextTag());
-                return text;
-            }
+        // Expat calls itself for an entity within another, so that a long chain of them would exhaust the stack.
+        if (markup == "<!ENTITY" && ++m_entities > mostEntities) {
+            fail("it declares too many entities");
         }
     }
 
-    PropertyValue valueOf(const Tag& tag) {
-        const Nesting nesting(m_depth, tag.position);
-        m_budget.chargeValue(tag.position);
-        if (tag.kind == Tag::Kind::closing) {
-            fail(tag, "a value is missing");
-        }
-        if (tag.name == "dict") {
-            return {dictionary(tag)};
-        }
-        if (tag.name == "array") {
-            return {array(tag)};
-        }
-        if (tag.name == "string") {
-            return {textOfElement(tag)};
-        }
-        if (tag.name == "true" || tag.name == "false") {
-            if (!trimmed(textOfElement(tag)).empty()) {
-                fail(tag, "a boolean has text");
-            }
-            return {tag.name == "true"};
-        }
-        return scalar(tag);
-    }
+    static constexpr int mostEntities = 100;
+    static constexpr float mostAmplification = 2;  // of the length of the list, once that comes to megabytes
 
-    PropertyValue scalar(const Tag& tag) {
-        const bool known = tag.name == "integer" || tag.name == "real" || tag.name == "date" || tag.name == "data";
-        if (!known) {
-            fail(tag, "the element \"" + std::string(tag.name.substr(0, longestName)) + "\" is no property-list value");
-        }
-        const std::string whole = textOfElement(tag);
-        const auto text = trimmed(whole);
-        std::optional<PropertyValue> value;
-        if (tag.name == "integer") {
-            value = integerFrom(text);
-        } else if (tag.name == "real") {
-            value = wrapped(realFrom(text));
-        } else if (tag.name == "date") {
-            value = wrapped(dateFrom(text));
-        } else {
-            value = wrapped(dataFromBase64(text));
-        }
-        if (!value) {
-            fail(tag, "the text of an element \"" + std::string(tag.name) + "\" is not of that form");
-        }
-        return std::move(*value);
-    }
-
-    template <typename Kind>
-    static std::optional<PropertyValue> wrapped(std::optional<Kind> value) {
-        return value ? std::optional(PropertyValue{std::move(*value)}) : std::nullopt;
-    }
-
-    PropertyArray array(const Tag& tag) {
-        PropertyArray values;
-        if (tag.kind == Tag::Kind::empty) {
-            return values;
-        }
-        Tag next = nextTag();
-        for (; next.kind != Tag::Kind::closing; next = nextTag()) {
-            values.push_back(valueOf(next));
-        }
-        expectClosing(tag.name, next);
-        return values;
-    }
-
-    PropertyDictionary dictionary(const Tag& tag) {
-        PropertyDictionary values;
-        if (tag.kind == Tag::Kind::empty) {
-            return values;
-        }
-        Tag next = nextTag();
-        for (; next.kind != Tag::Kind::closing; next = nextTag()) {
-            if (next.name != "key") {
-                fail(next, "a dictionary holds something other than a key before a value");
-            }
-            m_budget.chargeValue(next.position);
-            std::string key = textOfElement(next);
-            values.insert_or_assign(std::move(key), valueOf(nextTag()));
-        }
-        expectClosing(tag.name, next);
-        return values;
-    }
-
-    static constexpr std::size_t longestReference = 16;
-    static constexpr std::size_t longestName = 40;
-
-    std::string_view m_text;
-    std::size_t m_position = 0;
-    int m_depth = 0;
+    std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> m_parser{XML_ParserCreate("UTF-8"), &XML_ParserFree};
+    std::exception_ptr m_failure;
+    std::size_t m_beginning = 0;
     MemoryBudget m_budget;
+
+    int m_entities = 0;
+    bool m_first = true;
+    std::optional<PropertyValue> m_root;
+    std::vector<Container> m_open;  // the innermost one is last
+    std::string m_element;          // the key or scalar that is open; empty when there is none
+    std::size_t m_elementPosition = 0;
+    std::string m_text;  // of m_element
 };
 
 }  // namespace
@@ -311,6 +280,9 @@ bool isXmlPropertyList(std::string_view text) {
     return text.starts_with('?') || text.starts_with('!') || std::ranges::find(elements, name) != elements.end();
 }
 
-PropertyValue parseXmlPropertyList(std::string_view text) { return Reader(text).root(); }
+PropertyValue parseXmlPropertyList(std::string_view text) {
+    const auto list = trimmed(text);
+    return Reader().read(list, static_cast<std::size_t>(list.data() - text.data()));
+}
 
 }  // namespace platform::linux_host

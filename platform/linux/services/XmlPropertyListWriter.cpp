@@ -94,19 +94,25 @@ private:
             const std::size_t bytes = point ? point->bytes : 1;
             if (!point) {
                 appendUtf8(m_text, replacementForMalformed);
+            } else if (!isOfXml(point->value)) {
+                m_text += "<?code-point " + std::to_string(static_cast<unsigned>(point->value)) + "?>";
             } else if (point->value == '<') {
                 m_text += "&lt;";
             } else if (point->value == '>') {
                 m_text += "&gt;";
             } else if (point->value == '&') {
                 m_text += "&amp;";
-            } else if (point->value < 0x20 && point->value != '\t' && point->value != '\n') {
-                m_text += "&#" + std::to_string(static_cast<unsigned>(point->value)) + ";";
+            } else if (point->value == '\r') {
+                m_text += "&#13;";  // by itself it would be read as a new line
             } else {
                 m_text += content.substr(0, bytes);
             }
             content.remove_prefix(bytes);
         }
+    }
+
+    static bool isOfXml(char32_t point) {
+        return point >= 0x20 ? point != 0xFFFE && point != 0xFFFF : point == '\t' || point == '\n' || point == '\r';
     }
 
     static constexpr char32_t replacementForMalformed = 0xFFFD;
