@@ -16,7 +16,7 @@ namespace kz {
 class TimedRun {
 public:
     // The clock starts now. Whole seconds, truncated towards zero; what is negative or no number counts as 0, and
-    // more than a thousand years as never.
+    // more than a hundred years as never.
     TimedRun(const std::string& launchPath, KZTaskEx::Seconds timeout);
     ~TimedRun();  // the time-out then finds no task and does nothing
     TimedRun(const TimedRun&) = delete;

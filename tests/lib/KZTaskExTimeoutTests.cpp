@@ -74,6 +74,8 @@ TEST_F(ATimeOut, ThatIsEndlessNeverComes) {
                                                 Seconds{std::numeric_limits<double>::infinity()}),
               4);
     EXPECT_EQ(KZTaskEx::terminationCodeFromTask("/bin/bash", script("sleep 0.1; exit 4"), Seconds{1e300}), 4);
+    EXPECT_EQ(KZTaskEx::terminationCodeFromTask("/bin/bash", script("sleep 0.1; exit 4"), Seconds{1e10}), 4);
+    EXPECT_EQ(KZTaskEx::terminationCodeFromTask("/bin/bash", script("sleep 0.1; exit 4"), Seconds{3e10}), 4);
 }
 
 TEST_F(ATimeOut, ReachesTheSubtasks) {
