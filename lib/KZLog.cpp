@@ -324,12 +324,20 @@ void KZLog::gather(std::string_view text) {
     ++m_gathered.entries;
 }
 
+platform::Failure KZLog::appendGathered() {
+    try {
+        return m_fileHandle->append(m_gathered.lines);
+    } catch (const std::exception& exception) {
+        return platform::Error{.code = 0, .description = exception.what()};
+    }
+}
+
 // One write for all that has gathered, so that lines of two processes never mix within a line.
 void KZLog::writeGathered() {
     if (m_gathered.entries == 0) {
         return;
     }
-    if (const platform::Failure failure = m_fileHandle->append(m_gathered.lines)) {
+    if (const platform::Failure failure = appendGathered()) {
         for (; m_gathered.entries > 0; --m_gathered.entries) {
             print(kz::format("Exception writing to log: %s\n", failure->description));
         }

@@ -133,6 +133,7 @@ private:
     void openCurrentLog(const std::string& path);
     void appendLogOnThread(std::string_view text);
     void gather(std::string_view text);
+    platform::Failure appendGathered();
     void writeGathered();
     void rollOver();
 

@@ -104,7 +104,8 @@ public:
     class AppendHandle {
     public:
         virtual ~AppendHandle() = default;
-        virtual Failure append(std::string_view bytes) = 0;  // all of it, or a failure
+        // All of it, or a failure. What a failure left of it is ended by a line break in front of the next piece.
+        virtual Failure append(std::string_view bytes) = 0;
     };
     // None when the file does not exist (it is never created) or cannot be opened for writing.
     virtual std::unique_ptr<AppendHandle> openForAppending(const std::string& path) = 0;

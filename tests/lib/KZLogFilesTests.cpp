@@ -131,6 +131,15 @@ TEST_F(LogFiles, OfTheSuperuserAreShiftedInTheUsersFolderAllTheSame) {
     EXPECT_THAT(read(current), testing::Not(HasSubstr("machine-wide")));
 }
 
+TEST_F(LogFiles, OfTheSuperuserNeedTheMachineWideFolderWhichNobodyMakes) {
+    becomeSuperuser();
+    const std::string current = localLibrary + "/Logs/Corvane/Test.1.log";
+    EXPECT_THAT(printed([] { KZLog::createNewLog("Test"); }),
+                testing::StartsWith("Unable to create log file " + current + " - "));
+    EXPECT_TRUE(stands(logs));
+    EXPECT_FALSE(stands(localLibrary));
+}
+
 TEST_F(LogFiles, CannotBeMadeForTheSuperuserWhileNobodyIsAtTheConsole) {
     becomeSuperuser();
     identity.console = std::nullopt;

@@ -1,9 +1,13 @@
 #include "lib/KZLog.h"
 
+#include <sys/resource.h>
+
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <set>
+#include <stdexcept>
 
 #include "lib/base/Text.h"
 #include "tests/lib/LogFixture.h"
@@ -66,7 +70,7 @@ TEST_F(LogEntries, ShowTextsWithPercentSignsAsTheyAre) {
 TEST_F(LogEntries, SurviveHostileFormats) {
     KZLog::appendLog("%n %s %@%@%@ %999999999i", "one");
     KZLog::appendLog(std::string(50, '%'));
-    EXPECT_THAT(entries(), ElementsAre("%n one %@%@%@ %999999999i", testing::StartsWith("%")));
+    EXPECT_THAT(entries(), ElementsAre("%n one %@%@%@ %999999999i", std::string(17, '%')));
 }
 
 TEST_F(LogEntries, CarryAMegabyteOfText) {
@@ -192,6 +196,22 @@ TEST_F(LogWaiting, HappensForShortTextsOnly) {
     EXPECT_FALSE(waits([] { KZLog::appendLog(std::string(100, 'y')); }));
 }
 
+TEST_F(LogWaiting, CountsWhiteSpaceAroundATextUnlessItIsTrimmedBefore) {
+    const std::string text = "\n " + std::string(99, 'x');
+    KZLog::sharedController()->setNoPrinting(true);
+    EXPECT_FALSE(waits([&] { KZLog::appendLog(text); }));
+    KZLog::finishWriting();
+    EXPECT_TRUE(waits([&] { KZLog::appendLogAndDebugPrint(text); }));
+    EXPECT_TRUE(waits([&] { KZLog::appendLogAndPrint(text); }));
+}
+
+TEST_F(LogWaiting, DoesNotHappenForAnEmptyText) {
+    EXPECT_FALSE(waits([] {
+        KZLog::fastAppendLog("short");
+        KZLog::appendLog("%@", "");
+    }));
+}
+
 TEST_F(LogWaiting, CountsCharactersNotBytes) {
     std::string text;
     for (int part = 0; part < 99; ++part) {
@@ -290,6 +310,76 @@ TEST_F(LogTrouble, OfAFullDiskIsSaidForEachEntryAndEndsWithIt) {
     EXPECT_THAT(said, MatchesRegex("(Exception writing to log: [^\n]*No space left on device[^\n]*\n){2}"));
     EXPECT_EQ(KZLog::sharedController()->bytesWritten(), 0U);
     EXPECT_EQ(KZLog::sharedController()->bytesInQueue(), 12U);
+}
+
+// For a scope, no file of this process grows beyond that many bytes: a write is cut short there, as by a full disk.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(std::uint64_t bytes) : m_signal(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limited{bytes, m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &m_before);
+        (void)std::signal(SIGXFSZ, m_signal);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    void (*m_signal)(int);
+    rlimit m_before{};
+};
+
+TEST_F(LogTrouble, OfADiskThatFillsUpWithinAnEntryLeavesTheNextOneALineOfItsOwn) {
+    KZLog::sharedController()->setNoPrinting(true);
+    KZLog::finishWriting();
+    {
+        const FileSizeLimit full(std::filesystem::file_size(log(1)) + lineOverhead + 3);
+        KZLog::fastAppendLog("cut short");
+        KZLog::finishWriting();
+        KZLog::fastAppendLog("lost");
+        KZLog::finishWriting();
+    }
+    KZLog::fastAppendLog("after");
+    KZLog::fastAppendLog("and on");
+    EXPECT_THAT(entries(), ElementsAre("cut ", "after", "and on"));
+}
+
+TEST_F(LogTrouble, OfADiskThatFillsUpBetweenEntriesLeavesNoEmptyLine) {
+    KZLog::sharedController()->setNoPrinting(true);
+    KZLog::finishWriting();
+    {
+        const FileSizeLimit full(std::filesystem::file_size(log(1)));
+        KZLog::fastAppendLog("lost");
+        KZLog::finishWriting();
+    }
+    KZLog::fastAppendLog("after");
+    EXPECT_THAT(entries(), ElementsAre("after"));
+}
+
+TEST_F(LogTrouble, ThatIsThrownByTheHostIsSaidAndEndsWithTheEntry) {
+    class Throwing : public fakes::FailingFileManager {
+    public:
+        using FailingFileManager::FailingFileManager;
+        std::unique_ptr<AppendHandle> openForAppending(const std::string&) override {
+            class Handle : public AppendHandle {
+                platform::Failure append(std::string_view) override { throw std::runtime_error("no more room"); }
+            };
+            return std::make_unique<Handle>();
+        }
+    };
+    KZLogTesting::beginAfresh();
+    Throwing throwing{*platform::linux_host::services().files};
+    platform::Host host = makeHost();
+    host.files = &throwing;
+    {
+        const platform::ScopedHost replaced(host);
+        EXPECT_EQ(printed([] { KZLog::fastAppendLog("lost"); }), "Exception writing to log: no more room\n");
+        EXPECT_EQ(KZLog::sharedController()->bytesInQueue(), 4U);
+        KZLogTesting::beginAfresh();
+    }
 }
 
 TEST_F(LogTrouble, OfARemovedFileEndsWithTheNextRollOver) {

@@ -17,7 +17,8 @@ namespace platform::linux_host {
 
 namespace {
 
-int writeAll(int file, std::string_view bytes) {
+// What could not be written is left in `bytes`.
+int writeAll(int file, std::string_view& bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(file, bytes.data(), bytes.size());
         if (written < 0 && errno != EINTR) {
@@ -47,13 +48,20 @@ public:
     LinuxAppendHandle(posix::Descriptor file, std::string path) : m_file(std::move(file)), m_path(std::move(path)) {}
 
     Failure append(std::string_view bytes) override {
-        const int code = writeAll(m_file.get(), bytes);
+        const std::string withBreak = m_cutShort ? "\n" + std::string(bytes) : std::string();
+        const std::string_view piece = m_cutShort ? withBreak : bytes;
+        std::string_view left = piece;
+        const int code = writeAll(m_file.get(), left);
+        if (left.size() < piece.size()) {
+            m_cutShort = code != 0 && !piece.substr(0, piece.size() - left.size()).ends_with('\n');
+        }
         return code == 0 ? Failure{} : fileError("write", m_path, code);
     }
 
 private:
     posix::Descriptor m_file;
     std::string m_path;
+    bool m_cutShort = false;  // the file ends within a line that could not be finished
 };
 
 }  // namespace
@@ -73,7 +81,8 @@ Failure replaceFile(const std::string& path, std::string_view contents) {
     if (!file) {
         return fileError("write", path, errno);
     }
-    int code = writeAll(file.get(), contents);
+    std::string_view left = contents;
+    int code = writeAll(file.get(), left);
     if (code == 0 && exists) {
         code = takeOverAttributes(file.get(), replaced);
     }
