@@ -119,10 +119,10 @@ public:
         bench::Series walk("installation, tool runs left out");
         bench::Series again("installation over itself");
         for (int round = 0; round < m_options.rounds; ++round) {
-            plainCopy.run([&] { return runTool({"/bin/cp", "-a", mirror(), freshPlace()}); });
+            plainCopy.run([&, place = freshPlace()] { return runTool({"/bin/cp", "-a", mirror(), place}); });
             walk.run([&] { return install(false); });
             nextPlace();
-            floor.run([&] { return copyAndTouchEach(mirror(), freshPlace()); });
+            floor.run([&, place = freshPlace()] { return copyAndTouchEach(mirror(), place); });
             fresh.run([&] { return install(true); });
             again.run([&] { return install(true); });
             nextPlace();
@@ -146,7 +146,7 @@ public:
         bench::Series plainCopy("cp -a");
         bench::Series fresh("installation");
         for (int round = 0; round < m_options.rounds; ++round) {
-            plainCopy.run([&] { return runTool({"/bin/cp", "-a", mirror(), freshPlace()}); });
+            plainCopy.run([&, place = freshPlace()] { return runTool({"/bin/cp", "-a", mirror(), place}); });
             fresh.run([&] { return install(true); });
             nextPlace();
         }
