@@ -8,7 +8,7 @@ namespace platform {
 
 struct Error {
     int code = 0;             // errno or the host's own status
-    std::string description;  // one sentence for people and the log, naming the item concerned
+    std::string description;  // for people and the log, naming the item concerned; no full stop at its end
 };
 
 // Empty when the call did what it was asked to do.

@@ -167,6 +167,13 @@ TEST_P(FileManagerContract, RemovingNothingFailsAndNamesThePath) {
     EXPECT_NE(failed->description.find(at("missing")), std::string::npos);
 }
 
+// The log's own texts go on behind it.
+TEST_P(FileManagerContract, FailureEndsWithoutAFullStop) {
+    const auto failed = files().removeItem(at("missing"));
+    ASSERT_TRUE(failed);
+    EXPECT_FALSE(failed->description.ends_with('.')) << failed->description;
+}
+
 TEST_P(FileManagerContract, FolderThatIsThereIsASuccessOnlyWithIntermediates) {
     makeFolder("a/b/c");
     EXPECT_FALSE(files().createDirectory(at("a/b/c"), Intermediates::yes));

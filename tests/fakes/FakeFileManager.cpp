@@ -20,7 +20,7 @@ std::string parentOf(const std::string& path) {
 
 std::string below(const std::string& folder) { return folder == "/" ? folder : folder + "/"; }
 
-Error error(int code, const std::string& path) { return {code, "Cannot use “" + path + "”."}; }
+Error error(int code, const std::string& path) { return {code, "Cannot use “" + path + "”"}; }
 
 }  // namespace
 

@@ -179,7 +179,7 @@ TEST_F(MakingFolders, LogsAuthorizingEvenWhenThatIsForbidden) {
     const auto file = add("file");
     EXPECT_FALSE(KZFileManager::createDirectory(file, ShouldAuth::no));
     EXPECT_THAT(newLogEntries(), ElementsAre(::testing::AllOf(StartsWith("Error creating folder: "),
-                                                              ::testing::EndsWith(". Authorizing..."))));
+                                                              ::testing::EndsWith(": File exists. Authorizing..."))));
     EXPECT_EQ(authorization.created, 0);
 }
 
@@ -243,7 +243,7 @@ TEST_P(CopyingOntoSomething, FailsPlainlyAndReturnsThePrivilegedCopysAnswer) {
     putThere(GetParam());
     EXPECT_FALSE(KZFileManager::copyFile(source, disk / "taken", ShouldAuth::no));
     EXPECT_THAT(newLogEntries(), ElementsAre(::testing::AllOf(StartsWith("Error copying file: "),
-                                                              ::testing::EndsWith(". Authorizing..."))));
+                                                              ::testing::EndsWith(": File exists. Authorizing..."))));
     EXPECT_TRUE(stands(disk / "taken"));
     EXPECT_FALSE(stands(disk / "nowhere"));
 
@@ -301,9 +301,9 @@ TEST_F(Moving, ReplacesNothingAndLogsInTwoSteps) {
     const auto there = add("there", "old");
     EXPECT_TRUE(KZFileManager::moveFile(source, there));
     EXPECT_EQ(read(there), "old");
-    EXPECT_THAT(
-        newLogEntries(),
-        ElementsAre(::testing::AllOf(StartsWith("Error moving file: "), ::testing::EndsWith(".")), "Authorizing..."));
+    EXPECT_THAT(newLogEntries(),
+                ElementsAre(::testing::AllOf(StartsWith("Error moving file: "), ::testing::EndsWith(": File exists.")),
+                            "Authorizing..."));
     EXPECT_THAT(authorization.executions,
                 ElementsAre(Execution{.tool = "/bin/mv", .arguments = {"-f", source, there}, .drain = false}));
 }

@@ -194,9 +194,9 @@ TEST_F(Files, ReaderSeesTheOldContentsOrTheNewOnesWhole) {
     EXPECT_EQ(torn, 0);
 }
 
-TEST_F(Files, FailureIsOneSentenceThatNamesThePath) {
+TEST_F(Files, FailureNamesThePathAndEndsWithoutAFullStop) {
     EXPECT_EQ(m_files.setPermissions(at("missing"), 0600)->description,
-              "Cannot set the permissions of “" + at("missing") + "”: No such file or directory.");
+              "Cannot set the permissions of “" + at("missing") + "”: No such file or directory");
 }
 
 }  // namespace

@@ -17,12 +17,12 @@ std::string quoted(const std::string& path) { return "“" + path + "”"; }
 }  // namespace
 
 Error fileError(std::string_view doing, const std::string& path, int code) {
-    return {code, "Cannot " + std::string(doing) + " " + quoted(path) + ": " + meaning(code) + "."};
+    return {code, "Cannot " + std::string(doing) + " " + quoted(path) + ": " + meaning(code)};
 }
 
 Error fileError(std::string_view doing, const std::string& path, const std::string& destination, int code) {
-    return {code, "Cannot " + std::string(doing) + " " + quoted(path) + " to " + quoted(destination) + ": " +
-                      meaning(code) + "."};
+    return {code,
+            "Cannot " + std::string(doing) + " " + quoted(path) + " to " + quoted(destination) + ": " + meaning(code)};
 }
 
 Failure refusedPath(std::string_view doing, const std::string& path) {

@@ -1,4 +1,4 @@
-// Sentences for people about what could not be done with a file.
+// Phrases for people about what could not be done with a file.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 
 namespace platform::linux_host {
 
-// "Cannot <doing> “<path>”: <what the number means>."; `code` is an errno.
+// "Cannot <doing> “<path>”: <what the number means>", without a full stop; `code` is an errno.
 Error fileError(std::string_view doing, const std::string& path, int code);
 
 // The same for an operation on two items: "Cannot <doing> “<path>” to “<destination>”: …".

@@ -133,7 +133,7 @@ private:
             return failed(code);
         }
         if (inside) {
-            return Error{EINVAL, "Cannot copy the folder “" + m_source + "” into itself."};
+            return Error{EINVAL, "Cannot copy the folder “" + m_source + "” into itself"};
         }
         const std::string staged = stagedSibling(m_destination);
         if (::mkdir(staged.c_str(), S_IRWXU) != 0) {

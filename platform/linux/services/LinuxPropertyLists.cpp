@@ -62,19 +62,19 @@ PropertyValue parseText(std::string_view text) {
 Error errorFor(const Malformed& malformed, std::string_view text) {
     const auto before = text.substr(0, std::min(malformed.position, text.size()));
     const auto line = std::ranges::count(before, '\n') + 1;
-    return {EINVAL, "The property list cannot be read: " + malformed.reason + " (line " + std::to_string(line) + ")."};
+    return {EINVAL, "The property list cannot be read: " + malformed.reason + " (line " + std::to_string(line) + ")"};
 }
 
 std::variant<PropertyValue, Error> parseAny(std::string_view bytes) {
     if (bytes.empty()) {
-        return Error{EINVAL, "The property list cannot be read: it is empty."};
+        return Error{EINVAL, "The property list cannot be read: it is empty"};
     }
     if (isBinaryPropertyList(bytes)) {
         try {
             return parseBinaryPropertyList(bytes);
         } catch (const Malformed& malformed) {
             return Error{EINVAL, "The property list cannot be read: " + malformed.reason + " (byte " +
-                                     std::to_string(malformed.position) + ")."};
+                                     std::to_string(malformed.position) + ")"};
         }
     }
     std::optional<std::string> owned;
@@ -82,7 +82,7 @@ std::variant<PropertyValue, Error> parseAny(std::string_view bytes) {
     if (utf16Order(bytes) || saysLatin1(text) || !isUtf8(text)) {
         owned = converted(bytes);
         if (!owned) {
-            return Error{EINVAL, "The property list cannot be read: its text is neither UTF-8 nor UTF-16."};
+            return Error{EINVAL, "The property list cannot be read: its text is neither UTF-8 nor UTF-16"};
         }
         text = *owned;
     }
@@ -99,7 +99,7 @@ std::variant<PropertyValue, Error> LinuxPropertyLists::parse(std::string_view by
     try {
         return parseAny(bytes);
     } catch (const std::exception&) {
-        return Error{ENOMEM, "The property list cannot be read: there is not enough memory."};
+        return Error{ENOMEM, "The property list cannot be read: there is not enough memory"};
     }
 }
 

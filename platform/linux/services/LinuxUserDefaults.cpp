@@ -13,21 +13,21 @@ std::variant<PropertyDictionary, Error> load(const LinuxUserDefaults::Services& 
     constexpr std::uint64_t limit = std::uint64_t{1} << 26U;
     if (!services.files.attributes(path)) {
         if (services.files.fileExists(path)) {
-            return Error{EIO, "The preferences " + path + " could not be looked at."};
+            return Error{EIO, "The preferences " + path + " could not be looked at"};
         }
         return PropertyDictionary{};
     }
     const auto bytes = services.files.readFile(path, limit);
     if (!bytes) {
-        return Error{EIO, "The preferences " + path + " could not be read."};
+        return Error{EIO, "The preferences " + path + " could not be read"};
     }
     auto parsed = services.propertyLists.parse(*bytes);
     if (const auto* error = std::get_if<Error>(&parsed)) {
-        return Error{error->code, "The preferences " + path + " are damaged. " + error->description};
+        return Error{error->code, "The preferences " + path + " are damaged: " + error->description};
     }
     auto* dictionary = std::get_if<PropertyDictionary>(&std::get<PropertyValue>(parsed).value);
     if (dictionary == nullptr) {
-        return Error{EINVAL, "The preferences " + path + " hold no dictionary."};
+        return Error{EINVAL, "The preferences " + path + " hold no dictionary"};
     }
     return std::move(*dictionary);
 }
