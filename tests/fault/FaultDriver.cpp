@@ -6,7 +6,6 @@
 #include "platform/linux/services/LinuxFileManager.h"
 #include "platform/linux/services/LinuxWorkspace.h"
 #include "tests/fakes/FakeIdentity.h"
-#include "tests/fakes/FakeStandardFolders.h"
 
 namespace {
 
@@ -38,9 +37,8 @@ int main(int argc, char** argv) {
         return report(files.writeAtomically(words[1], words[2]));
     }
     if (words.size() == 4 && words[0] == "trash") {
-        fakes::FakeStandardFolders folders;
         fakes::FakeIdentity identity;
-        platform::linux_host::LinuxWorkspace workspace(files, folders, identity);
+        platform::linux_host::LinuxWorkspace workspace(identity);
         return report(workspace.recycle(words[1], words[2], words[3]));
     }
     std::fputs("usage: copy A B | move A B | remove A | write A TEXT | trash FOLDER NAME TRASH\n", stderr);

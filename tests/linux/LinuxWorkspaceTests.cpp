@@ -7,7 +7,6 @@
 #include "platform/linux/services/DesktopEntries.h"
 #include "platform/linux/services/Mounts.h"
 #include "tests/fakes/FakeIdentity.h"
-#include "tests/fakes/FakeStandardFolders.h"
 #include "tests/linux/FilesFixture.h"
 
 namespace {
@@ -54,9 +53,8 @@ protected:
         return isThere(name);
     }
 
-    fakes::FakeStandardFolders m_folders;
     fakes::FakeIdentity m_identity;
-    platform::linux_host::LinuxWorkspace m_workspace{m_files, m_folders, m_identity};
+    platform::linux_host::LinuxWorkspace m_workspace{m_identity};
     std::optional<ScopedVariable> m_dataHome;
     std::optional<ScopedVariable> m_dataFolders;
 };

@@ -24,7 +24,7 @@ struct Services {
     LinuxFileManager files;
     LinuxIdentity identity;
     LinuxStandardFolders folders{identity};
-    LinuxWorkspace workspace{files, folders, identity};
+    LinuxWorkspace workspace{identity};
     LinuxSystemInfo system;
     LinuxPropertyLists propertyLists;
     LinuxMainBundle bundle{propertyLists};

@@ -28,8 +28,7 @@ std::string applicationOf(const std::string& program) {
 
 }  // namespace
 
-LinuxWorkspace::LinuxWorkspace(FileManager& /*files*/, StandardFolders& /*folders*/, Identity& identity)
-    : m_identity(identity) {}
+LinuxWorkspace::LinuxWorkspace(Identity& identity) : m_identity(identity) {}
 
 bool LinuxWorkspace::isFilePackage(const std::string& path) { return isPackage(path); }
 

@@ -3,9 +3,7 @@
 
 #include <atomic>
 
-#include "platform/ports/FileManager.h"
 #include "platform/ports/Identity.h"
-#include "platform/ports/StandardFolders.h"
 #include "platform/ports/Workspace.h"
 
 namespace platform::linux_host {
@@ -16,7 +14,7 @@ namespace platform::linux_host {
 // XDG_DATA_HOME is respected for the home folder of whoever runs the process, not for somebody else's.
 class LinuxWorkspace : public Workspace {
 public:
-    LinuxWorkspace(FileManager& files, StandardFolders& folders, Identity& identity);
+    explicit LinuxWorkspace(Identity& identity);
 
     bool isFilePackage(const std::string& path) override;
     Failure recycle(const std::string& folder, const std::string& name, const std::string& trashFolder) override;
