@@ -1,6 +1,7 @@
 #include "platform/posix/ChildProcess.h"
 
 #include <signal.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
@@ -153,7 +154,12 @@ bool ChildProcess::endedBySignal() {
     return hasEnded() && m_state.bySignal;
 }
 
-void ChildProcess::signalGroup(int signal) { ::kill(-m_child, signal); }
+void ChildProcess::signalGroup(int signal) {
+    ::kill(-m_child, signal);
+    if (::getpgid(m_child) != m_child) {
+        ::kill(m_child, signal);  // a tool may have moved to another group
+    }
+}
 
 void ChildProcess::terminate() {
     const std::lock_guard lock(m_mutex);

@@ -205,6 +205,19 @@ TEST(ChildProcess, TerminateEndsTheToolAndItsSubtasks) {
     EXPECT_EQ(process->terminationStatus(), SIGTERM);
 }
 
+TEST(ChildProcess, AToolThatLeftItsGroupIsReachedAllTheSame) {
+    if (!std::filesystem::exists("/usr/bin/perl")) {
+        GTEST_SKIP() << "no tool here can change its process group";
+    }
+    const std::string leave = "setpgrp(0, getpgrp(getppid)) or die; $| = 1; print qq(left\\n); sleep 100";
+    for (const auto end : {&Process::terminate, &Process::kill}) {
+        const auto process = launched("sleep 100 & exec perl -e '" + leave + "'");
+        readUntil(*process, "left");
+        ((*process).*end)();
+        ASSERT_TRUE(process->waitUntilExit(5s));
+    }
+}
+
 TEST(ChildProcess, KillEndsAToolThatIgnoresTheRequest) {
     const auto process = launched("trap '' TERM; echo ready; while :; do sleep 0.05; done");
     readUntil(*process, "ready");
