@@ -178,6 +178,18 @@ TEST_F(LogFiles, SayWhenTheNewOneCannotBeWritten) {
               "Unable to create log file " + log(1) + " - " + log(1) + ": No space left on device\n");
 }
 
+TEST_F(LogFiles, ThatWereShiftedBeforeTheNewOneFailedTakeNoMoreEntries) {
+    KZLog::createNewLog("Test");
+    KZLog::finishWriting();
+    files.alwaysFail(Operation::writeAtomically, ENOSPC);
+    EXPECT_THAT(printed([] {
+                    KZLog::createNewLog("Test");
+                    KZLog::fastAppendLog("lost");
+                }),
+                HasSubstr("Unable to log the following information: lost\nUnable to open log for output\n"));
+    EXPECT_EQ(entries(log(2)).back(), "Running in 64-bit mode");
+}
+
 TEST_F(LogFiles, SayNothingWhenTheNewOneCannotBeOpened) {
     files.alwaysFail(Operation::openForAppending, EMFILE);
     EXPECT_EQ(printed([] { KZLog::createNewLog("Test"); }), "");

@@ -89,6 +89,20 @@ TEST_F(LogShutdown, IsHarmlessWhenRepeated) {
     EXPECT_THAT(entries(), ElementsAre("text"));
 }
 
+TEST_F(LogShutdown, ClosesTheFile) {
+    const auto openOnes = [this] {
+        std::error_code ignored;  // the descriptor that lists them is gone by then
+        int count = 0;
+        for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+            count += std::filesystem::read_symlink(descriptor, ignored) == log(1) ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(openOnes(), 1);
+    KZLog::willTerminate();
+    EXPECT_EQ(openOnes(), 0);
+}
+
 TEST_F(LogShutdown, ForgetsTheName) {
     KZLog::willTerminate();
     EXPECT_EQ(KZLog::sharedController()->appName(), "Fake");
