@@ -67,6 +67,12 @@ TEST_F(CapturingATool, DropsTheErrorTextWhenItIsNotCaptured) {
     EXPECT_EQ(data("echo error >&2; echo out", LogOutput::yes, LogError::no), "out\n");
 }
 
+TEST_F(CapturingATool, KeepsTheErrorTextOffTheProgramsOwnErrorStreamToo) {
+    testing::internal::CaptureStderr();
+    data("echo error >&2", LogOutput::yes, LogError::no);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST_F(CapturingATool, ReturnsWithoutWaitingWhenNothingIsCaptured) {
     const auto start = Clock::now();
     EXPECT_EQ(data("sleep 2 >/dev/null", LogOutput::no, LogError::no), "");
