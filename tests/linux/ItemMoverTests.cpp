@@ -90,6 +90,35 @@ TEST_F(Moving, EmptyFolderAtTheDestinationIsNotReplaced) {
     EXPECT_TRUE(isThere("from/sub"));
 }
 
+TEST_F(Moving, ReadOnlyFolderMovesAndStaysReadOnly) {
+    makeFolder("from/tree");
+    makeFolder("to");
+    write("from/tree/file", "x");
+    setMode("from/tree", 0555);
+    const auto failed = moveItem(at("from/tree"), at("to/tree"));
+    const auto mode = m_files.attributes(at("to/tree")).value_or(platform::FileAttributes{}).permissions;
+    (void)::chmod(at("to/tree").c_str(), 0755);
+    (void)::chmod(at("from/tree").c_str(), 0755);
+    ASSERT_FALSE(failed) << failed->description;
+    EXPECT_EQ(mode, 0555U);
+    EXPECT_EQ(read("to/tree/file"), "x");
+}
+
+TEST_F(Moving, ReadOnlyFolderThatCannotMoveStaysReadOnly) {
+    makeFolder("from/tree");
+    makeFolder("to/tree");
+    setMode("from/tree", 0555);
+    EXPECT_EQ(moveItem(at("from/tree"), at("to/tree"))->code, EEXIST);
+    EXPECT_EQ(m_files.attributes(at("from/tree"))->permissions, 0555U);
+    makeFolder("closed");
+    setMode("closed", 0555);
+    const auto failed = moveItem(at("from/tree"), at("closed/tree"));
+    setMode("closed", 0755);
+    EXPECT_EQ(failed.has_value(), !isSuperuser());
+    EXPECT_EQ(m_files.attributes(at(failed ? "from/tree" : "closed/tree"))->permissions, 0555U);
+    setMode(failed ? "from/tree" : "closed/tree", 0755);
+}
+
 TEST_F(Moving, ReadOnlyFileMoves) {
     write("from", "x");
     setMode("from", 0400);

@@ -11,12 +11,30 @@
 #include "platform/linux/services/ItemRemover.h"
 #include "platform/linux/services/PathParts.h"
 #include "platform/linux/services/Staging.h"
+#include "platform/posix/Descriptor.h"
 
 namespace platform::linux_host {
 
 namespace {
 
 int unlinked(const std::string& path) { return ::unlink(path.c_str()) == 0 ? 0 : errno; }
+
+// A folder takes part in its move to another folder, so that its mode has to allow that. One of the caller's own whose
+// mode does not is opened up for the moment of the rename.
+int renameFolderOpened(const std::string& from, const std::string& to) {
+    const posix::Descriptor folder(::open(from.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (!folder || ::fstat(folder.get(), &status) != 0 || (status.st_mode & S_IWUSR) != 0) {
+        return EACCES;
+    }
+    const mode_t mode = status.st_mode & 07777U;
+    if (::fchmod(folder.get(), mode | S_IWUSR) != 0) {
+        return EACCES;
+    }
+    const int code = renameWithoutReplacing(from, to);
+    (void)::fchmod(folder.get(), mode);
+    return code;
+}
 
 Failure moveAcross(const std::string& source, const std::string& destination) {
     if (Failure obstacle = findRemovalObstacle(source)) {
@@ -54,7 +72,10 @@ Failure moveItem(const std::string& source, const std::string& destination) {
     }
     const std::string from = withoutTrailingSlashes(source);
     const std::string to = withoutTrailingSlashes(destination);
-    const int code = renameWithoutReplacing(from, to);
+    int code = renameWithoutReplacing(from, to);
+    if (code == EACCES) {
+        code = renameFolderOpened(from, to);
+    }
     if (code == EXDEV) {
         return moveAcross(from, to);
     }
