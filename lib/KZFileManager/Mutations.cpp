@@ -22,10 +22,11 @@ platform::FileManager& files() { return *platform::host().files; }
 template <typename Condition>
 bool waitFor(const Condition& condition, std::chrono::seconds timeout) {
     using namespace std::chrono_literals;
+    using FloatingSeconds = std::chrono::duration<double>;  // holds any time-out without overflow
     const auto start = std::chrono::steady_clock::now();
     auto& mainThread = *platform::host().mainThread;
     if (!condition()) {
-        while (std::chrono::steady_clock::now() - start < timeout) {
+        while (FloatingSeconds(std::chrono::steady_clock::now() - start) < FloatingSeconds(timeout)) {
             if (mainThread.isCurrent()) {
                 mainThread.runNextEvent(10ms);
             } else {

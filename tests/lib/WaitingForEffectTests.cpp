@@ -78,6 +78,17 @@ TEST_F(WaitingForAnEffect, RunsTheEventLoopOnTheMainThreadUntilItComes) {
     EXPECT_EQ(mainThread.slices, 2);
 }
 
+TEST_F(WaitingForAnEffect, TakesTheLongestTimeThereIsForLongAndTheShortestForNone) {
+    onlyAdministratorsMayChangeAnything();
+    authorization.runsTool = [&](const auto&) {
+        mainThread.perform([this] { std::filesystem::create_directory(disk / "folder"); });
+    };
+    EXPECT_TRUE(KZFileManager::createDirectory(disk / "folder", seconds::max()));
+    authorization.runsTool = {};
+    EXPECT_FALSE(KZFileManager::createDirectory(disk / "other", seconds::min()));
+    EXPECT_EQ(mainThread.slices, 1);
+}
+
 TEST_F(WaitingForAnEffect, SleepsBetweenLooksOnOtherThreads) {
     onlyAdministratorsMayChangeAnything();
     const auto file = add("file");
