@@ -33,7 +33,8 @@ std::string decodeWildcardPath(const std::string& pattern, const std::string& fr
 bool isLike(std::string_view name, std::string_view pattern);
 
 // The name without one "." at its start, white space at its ends and any "/" or ":"; "" for ".". The dot goes first, so
-// a dot behind leading blanks stays. May be empty; its length is not limited.
+// a dot behind leading blanks stays. What is left may still be "", "." (of "..") or ".." (of "..."), which name no
+// file, and is of any length: check before using it in a path.
 std::string validateFilename(const std::string& name);
 
 // The path itself when nothing exists there, else the first free one of "Name 2.ext", "Name 3.ext" and so on beside it.

@@ -165,6 +165,13 @@ TEST_F(MakingFolders, OnAVolumeThatIsNotMountedIsRefusedOnTheConsoleOnly) {
     EXPECT_FALSE(stands("/Volumes/Wickfield Nowhere"));
 }
 
+TEST_F(MakingFolders, BesideTheVolumesFolderNeedsNoVolume) {
+    files.alwaysFail(Operation::createDirectory, EACCES);
+    EXPECT_TRUE(KZFileManager::createDirectory("/VolumesOfNobody/a/b"));
+    EXPECT_THAT(console.lines(), IsEmpty());
+    EXPECT_EQ(authorization.executions.size(), 1U);
+}
+
 TEST_F(MakingFolders, LogsWhyItFailedAndAsksForRights) {
     files.alwaysFail(Operation::createDirectory, EACCES);
     EXPECT_TRUE(KZFileManager::createDirectory(disk / "new"));

@@ -197,6 +197,7 @@ TEST(CleanNames, LoseOneDotAtTheStart) {
     EXPECT_EQ(validateFilename("..hidden"), ".hidden");
     EXPECT_EQ(validateFilename("."), "");
     EXPECT_EQ(validateFilename(".."), ".");
+    EXPECT_EQ(validateFilename("..."), "..");
 }
 
 TEST(CleanNames, KeepADotBehindABlank) { EXPECT_EQ(validateFilename(" .My:File/ "), ".MyFile"); }
