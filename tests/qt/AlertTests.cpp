@@ -118,17 +118,13 @@ TEST_F(AnAlert, TakesEscapeForTheAlternateButton) {
     EXPECT_THAT(answers, ElementsAre(0));
 }
 
-TEST_F(AnAlert, TakesEscapeForTheOnlyButton) {
-    const auto alert = begin(contents(), outlets().window);
-    press(Qt::Key_Escape);
-    EXPECT_THAT(answers, ElementsAre(1));
-}
-
-TEST_F(AnAlert, LeavesEscapeAloneWhereItHasNoMeaning) {
-    const auto alert = begin(contents("Yes", {}, "No"), outlets().window);
-    press(Qt::Key_Escape);
-    EXPECT_THAT(answers, IsEmpty());
-    EXPECT_TRUE(alert->isVisible());
+TEST_F(AnAlert, LeavesEscapeAloneWithoutAnAlternateButton) {
+    for (const auto& what : {contents(), contents("Yes", {}, "No")}) {
+        const auto alert = begin(what, outlets().window);
+        press(Qt::Key_Escape);
+        EXPECT_THAT(answers, IsEmpty());
+        EXPECT_TRUE(alert->isVisible());
+    }
 }
 
 TEST_F(AnAlert, ShowsAnAmpersandOfATitleAndMakesNoShortcutOfIt) {
@@ -180,10 +176,19 @@ TEST_F(AnAlert, IsAnsweredByReturnAndEscapeWhereItStandsFree) {
     EXPECT_THAT(answers, ElementsAre(0, 1));
 }
 
-TEST_F(AnAlert, TakesTheClosingOfItsOwnWindowForEscape) {
-    const auto alert = begin(contents("Download", "Cancel"), nullptr);
+TEST_F(AnAlert, TakesTheClosingOfItsOwnWindowForTheAlternateOrTheOnlyButton) {
+    const auto first = begin(contents("Download", "Cancel"), nullptr);
     freeStanding()->close();
-    EXPECT_THAT(answers, ElementsAre(0));
+    const auto second = begin(contents(), nullptr);
+    freeStanding()->close();
+    EXPECT_THAT(answers, ElementsAre(0, 1));
+}
+
+TEST_F(AnAlert, LeavesEscapeAloneWithoutAnAlternateButtonWhereItStandsFree) {
+    const auto alert = begin(contents(), nullptr);
+    QTest::keyClick(freeStanding()->windowHandle(), Qt::Key_Escape);
+    EXPECT_THAT(answers, IsEmpty());
+    EXPECT_TRUE(alert->isVisible());
 }
 
 TEST_F(AnAlert, StaysWhenItsWindowIsClosedButNoAnswerIsMeant) {
@@ -314,7 +319,7 @@ TEST_F(AnAlert, LetsOtherThreadsBeServedWhileAPanelIsUp) {
 
 TEST_F(AnAlert, OfTheApplicationWorksBeforeTheWindowIsShown) {
     window.hide();
-    QTimer::singleShot(100, [&] { QTest::keyClick(freeStanding()->windowHandle(), Qt::Key_Escape); });
+    QTimer::singleShot(100, [&] { QTest::keyClick(freeStanding()->windowHandle(), Qt::Key_Return); });
     application.runAlertPanel("Unable to install", "This installer has been damaged.");
     EXPECT_EQ(freeStanding(), nullptr);
 }

@@ -146,8 +146,11 @@ QPushButton* AlertView::addButton(QPushButton* button, const QString& title, lon
 }
 
 SheetButtons AlertView::answerButtons() const {
-    QPushButton* const only = m_alternate == nullptr && m_other == nullptr ? m_default : nullptr;
-    return {m_default, m_alternate != nullptr ? m_alternate : only, m_default};
+    return {.onReturn = m_default, .onEscape = m_alternate, .focused = m_default};
+}
+
+QPushButton* AlertView::buttonForClosing() const {
+    return m_alternate == nullptr && m_other == nullptr ? m_default : m_alternate;
 }
 
 QPushButton* AlertView::button(long code) const { return code == 1 ? m_default : code == 0 ? m_alternate : m_other; }

@@ -20,7 +20,8 @@ public:
     // `answered` gets 1, 0 or -1 for the default, the alternate and the other button.
     AlertView(const AlertContents& contents, std::function<void(long)> answered);
 
-    SheetButtons answerButtons() const;  // Escape: the alternate button, or the only one
+    SheetButtons answerButtons() const;     // Escape: the alternate button
+    QPushButton* buttonForClosing() const;  // of a window of its own: the alternate button, or the only one
     QPushButton* button(long code) const;
     QCheckBox* suppressionBox() const { return m_suppression; }
 

@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -53,7 +54,7 @@ void AlertWindow::keyPressEvent(QKeyEvent* event) {
 
 void AlertWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
-    if (auto* button = m_view->answerButtons().onEscape) {
+    if (auto* button = m_view->buttonForClosing()) {
         button->click();
     }
 }

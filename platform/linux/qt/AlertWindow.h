@@ -7,8 +7,8 @@
 
 namespace platform::qt {
 
-// Shows the view, which it owns, in the middle of `near` (of the screen when null). Closing the window answers like
-// Escape; where Escape has no answer the window stays.
+// Shows the view, which it owns, in the middle of `near` (of the screen when null). Closing the window presses the
+// alternate button, or the only one; an alert with neither stays.
 class AlertWindow : public QWidget {
     Q_OBJECT
 
