@@ -1,6 +1,7 @@
 #include <array>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include "app/WickfieldAppDelegate.h"
 #include "lib/KZAlert.h"
@@ -55,6 +56,9 @@ void WickfieldAppDelegate::install() {
     const auto tree = treePath();
     if (!platform::host().files->fileExists(tree)) {
         refuseDamagedInstaller();
+        return;
+    }
+    if (std::exchange(m_started, true)) {
         return;
     }
     std::thread([this, tree] { beginInstallation(tree); }).detach();

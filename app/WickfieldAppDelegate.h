@@ -51,7 +51,8 @@ public:
     void eulaDidEnd();
 
     // Starts the installation on a thread of its own and returns at once. The Install button stays disabled from then
-    // on, whatever the outcome: a second attempt needs a new launch.
+    // on, whatever the outcome: a second attempt needs a new launch. Pressed again before the button is disabled it
+    // does nothing.
     void install() override;
 
     void sendToGantry() override;
@@ -101,4 +102,5 @@ private:
     std::atomic<platform::Window*> m_windowEULA = nullptr;
     std::atomic<platform::TextView*> m_eulaText = nullptr;
     bool m_shouldQuit = false;
+    bool m_started = false;  // an installation was; there is one in a process
 };

@@ -342,6 +342,22 @@ TEST_F(Installation, RunsOnAThreadOfItsOwn) {
     }
 }
 
+TEST_F(Installation, RunsOnceHoweverFastTheButtonIsPressed) {
+    addResource("preinstall.sh", "echo ran >> '" + disk.path() + "/runs'\n");
+    alerts.answer = [](const fakes::FakeAlerts::Shown&) { return 1; };
+    delegate.install();
+    delegate.install();
+    while (alerts.shown.empty() || alerts.shown.back()->visible) {
+        mainThread.runNextEvent(std::chrono::milliseconds(10));
+    }
+    // Time for a second run to show itself, and for the first to close its alert.
+    for (int slice = 0; slice < 60; ++slice) {
+        mainThread.runNextEvent(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(read(disk / "runs"), "ran\n");
+    EXPECT_EQ(alerts.shown.size(), 1U);
+}
+
 class Placeholders : public Installation, public ::testing::WithParamInterface<std::pair<const char*, const char*>> {};
 
 TEST_P(Placeholders, LeadToTheUsersFolders) {
