@@ -84,6 +84,17 @@ TEST_F(Removing, ReadOnlyFolderKeepsItsContentsUnlessItMayBeOpened) {
     EXPECT_FALSE(isThere("tree"));
 }
 
+TEST_F(Removing, DotsThatStandForAnotherFolderAreRefused) {
+    makeFolder("folder/sub");
+    write("folder/file", "x");
+    for (const char* path : {"folder/sub/..", "folder/sub/../", "folder/."}) {
+        const auto failed = removeTree(at(path), Removal::asPermitted);
+        EXPECT_TRUE(failed && failed->code == EINVAL) << path;
+    }
+    EXPECT_TRUE(isThere("folder/file"));
+    EXPECT_TRUE(isThere("folder/sub"));
+}
+
 TEST_F(Removing, PathsThatAreNoneAreRefused) {
     write("file", "x");
     EXPECT_EQ(removeTree("", Removal::asPermitted)->code, ENOENT);

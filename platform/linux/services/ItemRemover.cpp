@@ -123,6 +123,9 @@ Failure removeTree(const std::string& path, Removal removal) {
         return refused;
     }
     const std::string plain = withoutTrailingSlashes(path);
+    if (const std::string name = splitPath(plain).name; name == "." || name == "..") {
+        return fileError("remove", path, EINVAL);
+    }
     if (::unlink(plain.c_str()) == 0) {
         return {};
     }

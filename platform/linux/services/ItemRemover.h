@@ -14,7 +14,8 @@ enum class Removal {
 };
 
 // Links are removed, never followed; the tree may be of any depth. Stops at the first item that cannot be removed and
-// names it; what was removed before stays removed. Nothing at the path is a failure.
+// names it; what was removed before stays removed. Nothing at the path is a failure, and so is a path that ends in "."
+// or "..", which would empty a folder that it does not name.
 Failure removeTree(const std::string& path, Removal removal);
 
 // What would stop removeTree with opened folders somewhere in the tree: a locked file or folder, or a folder with
