@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "app/WickfieldAppDelegate.h"
+#include "lib/KZLog.h"
 #include "platform/linux/services/LinuxHost.h"
 #include "tests/fakes/FakeAlerts.h"
 #include "tests/fakes/FakeApplication.h"
@@ -39,6 +40,9 @@ protected:
         fs::create_directories(tree());
         fs::create_directories(home);
     }
+
+    // The log's writer uses the host until it has nothing left to write.
+    ~AppFixture() override { KZLog::finishWriting(); }
 
     std::string tree() const { return bundle.resourcesFolder + "/PluginStructure"; }
 
