@@ -54,6 +54,12 @@ class Ending(WindowCase):
         self.assertEqual(code, 0)
         self.assert_nothing_is_half()
 
+    def test_a_display_that_goes_away_ends_it_and_leaves_no_half_file(self):
+        installer = self.start_copying()
+        self.session.display.close()
+        self.assertEqual(installer.wait_for_end(), 1)
+        self.assert_nothing_is_half()
+
     def test_a_second_run_after_a_killed_one_finishes_the_work(self):
         installer = self.start_copying()
         installer.process.kill()

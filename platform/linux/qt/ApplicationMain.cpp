@@ -12,22 +12,53 @@
 #include "platform/linux/qt/QtMainThread.h"
 #include "platform/linux/qt/SignalWatch.h"
 #include "platform/linux/services/LinuxHost.h"
+#include "platform/posix/ProcessStart.h"
 
 namespace platform {
 
 namespace {
 
+qt::QtApplication* running = nullptr;
+int exitStatus = EXIT_SUCCESS;
+
 // Ends the process with its other threads still at work: nothing that they use is destroyed under them.
 [[noreturn]] void endProcess() {
     std::fflush(nullptr);
-    std::_Exit(EXIT_SUCCESS);
+    std::_Exit(exitStatus);
+}
+
+// A display that goes away ends the process by exit(), from deep inside the library that serves it.
+void finishOnExit() {
+    exitStatus = EXIT_FAILURE;
+    running->finish();
+}
+
+// Qt aborts where it finds no display or none of its platform plug-ins; a user is told instead.
+void tellOfNoWindow(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (type != QtFatalMsg) {
+        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+        return;
+    }
+    std::fprintf(stderr,
+                 "The installer cannot open its window. It needs a graphical session and Qt's platform plug-in for "
+                 "it.\n%s\n",
+                 qPrintable(message.trimmed()));
+    std::_Exit(EXIT_FAILURE);
+}
+
+QApplication* makeEventLoop(int& argc, char** argv) {
+    const auto before = qInstallMessageHandler(tellOfNoWindow);
+    auto* const loop = new QApplication(argc, argv);
+    qInstallMessageHandler(before);
+    return loop;
 }
 
 }  // namespace
 
 // What is made here is never destroyed: threads of the installation may use it to the process's very end.
 int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
-    auto* const loop = new QApplication(argc, argv);
+    posix::prepareProcess();
+    auto* const loop = makeEventLoop(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     qt::applyAppearance(*loop, qt::preferredAppearance());
 
@@ -37,6 +68,8 @@ int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
     services.application = application;
     services.alerts = new qt::QtAlerts;
     setHost(services);
+    running = application;
+    std::atexit(finishOnExit);
     QObject::connect(loop, &QApplication::aboutToQuit, application, [application] { application->finish(); });
     new qt::SignalWatch([application] { application->terminate(); });
 

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace platform::posix {
+
+// What a program with windows does before anything else. Standard streams that it was started without lead to nowhere,
+// so that no file or connection takes their numbers and gets what is printed. SIGPIPE is ignored: printing to a reader
+// that is gone fails instead of ending the process half-way through its work. Children do not inherit that.
+void prepareProcess();
+
+}  // namespace platform::posix
