@@ -88,6 +88,13 @@ TEST_F(TheWindow, ElidesALongNameAndKeepsAllOfItForAssistiveTechnology) {
     EXPECT_LE(window.width(), 660);
 }
 
+TEST_F(TheWindow, KeepsAVersionWholeBesideALongAuthor) {
+    outlets().textPluginVersion->setStringValue("2.4.1-rc.12");
+    outlets().textPluginAuthor->setStringValue("by " + std::string(300, 'W'));
+    QTest::qWait(10);
+    EXPECT_EQ(find<ElidedLabel>("textPluginVersion").shownText().toStdString(), "2.4.1-rc.12");
+}
+
 TEST_F(TheWindow, TellsALongNameInAToolTipAndAShortOneNot) {
     auto& label = find<ElidedLabel>("textPluginName");
     QHelpEvent asked(QEvent::ToolTip, QPoint(1, 1), label.mapToGlobal(QPoint(1, 1)));
@@ -118,6 +125,14 @@ TEST_F(TheWindow, DrawsAMegabyteOfNameWithoutAHitch) {
     const auto began = std::chrono::steady_clock::now();
     window.grab();
     EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(2));
+}
+
+TEST_F(TheWindow, HandsNoMoreThanALineToTheWindowSystemAndAssistiveTechnology) {
+    const std::string name(1 << 20, 'x');
+    outlets().window->setTitle(name);
+    outlets().textPluginName->setStringValue(name);
+    EXPECT_LE(window.windowTitle().size(), 5000);
+    EXPECT_LE(accessible(find("textPluginName")).text(QAccessible::Name).size(), 5000);
 }
 
 TEST_F(TheWindow, InstallsOnReturn) {
@@ -256,6 +271,7 @@ TEST_F(TheWindow, KeepsTextAndLinksReadableInEitherAppearance) {
         EXPECT_GE(platform::qt::contrast(palette.color(QPalette::Link), base), 4.5);
         EXPECT_GE(platform::qt::contrast(palette.color(QPalette::LinkVisited), base), 4.5);
         EXPECT_GE(platform::qt::contrast(palette.color(QPalette::ButtonText), palette.color(QPalette::Button)), 4.5);
+        EXPECT_GE(platform::qt::contrast(palette.color(QPalette::PlaceholderText), base), 3);  // a scroll bar's handle
         EXPECT_GE(platform::qt::contrast(Qt::white, platform::qt::accentColor(palette)), 4.5);
         EXPECT_EQ(platform::qt::appearanceOf(palette), appearance);
     }

@@ -11,8 +11,7 @@ namespace platform::qt {
 
 namespace {
 
-constexpr int keptCharacters = 4;     // what stays of a text, at the least
-constexpr int longestLine = 4096;     // characters that are measured and drawn
+constexpr int longestLine = 4096;     // characters that are kept
 constexpr int longestToolTip = 2000;  // characters
 
 }  // namespace
@@ -23,7 +22,7 @@ ElidedLabel::ElidedLabel(QWidget* parent) : QLabel(parent) {
 }
 
 void ElidedLabel::setPlainText(const QString& text) {
-    QString line = text;
+    QString line = text.left(longestLine);
     for (QChar& character : line) {
         if (character.category() == QChar::Other_Control || character == QChar::LineSeparator ||
             character == QChar::ParagraphSeparator) {
@@ -35,17 +34,22 @@ void ElidedLabel::setPlainText(const QString& text) {
 }
 
 QString ElidedLabel::shownText() const {
-    return fontMetrics().elidedText(text().left(longestLine), Qt::ElideRight, contentsRect().width());
+    return fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width());
+}
+
+void ElidedLabel::setKeptCharacters(int count) {
+    m_keptCharacters = count;
+    updateGeometry();
 }
 
 QSize ElidedLabel::sizeHint() const {
     const auto metrics = fontMetrics();
-    return {metrics.horizontalAdvance(text().left(longestLine)) + 1, metrics.height()};
+    return {metrics.horizontalAdvance(text()) + 1, metrics.height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const {
     const auto metrics = fontMetrics();
-    const int kept = metrics.averageCharWidth() * keptCharacters + metrics.horizontalAdvance(QChar(0x2026));
+    const int kept = metrics.averageCharWidth() * m_keptCharacters + metrics.horizontalAdvance(QChar(0x2026));
     return {std::min(kept, sizeHint().width()), metrics.height()};
 }
 

@@ -12,6 +12,12 @@
 
 namespace platform::qt {
 
+namespace {
+
+constexpr qsizetype longestTitle = 1000;  // characters; the window system drops a program that sends it megabytes
+
+}  // namespace
+
 void PlainTextField::setHidden(bool hidden) { m_label.setHidden(hidden); }
 void PlainTextField::setStringValue(const std::string& text) { m_label.setPlainText(toQt(text)); }
 
@@ -92,7 +98,7 @@ void QtTextView::setStandardTextColor() {
 
 void QtTextView::setEditable(bool editable) { m_browser().setReadOnly(!editable); }
 
-void QtWindow::setTitle(const std::string& title) { widget().setWindowTitle(toQt(title)); }
+void QtWindow::setTitle(const std::string& title) { widget().setWindowTitle(toQt(title).left(longestTitle)); }
 
 void QtWindow::orderOut() {
     for (QWidget* parent = widget().parentWidget(); parent != nullptr; parent = parent->parentWidget()) {
