@@ -38,8 +38,7 @@ void BackgroundView::paintEvent(QPaintEvent*) {
         place.moveCenter(QRectF(rect()).center());
         painter.drawPixmap(place.topLeft(), m_scaled);
     }
-    painter.setPen(palette().color(QPalette::Mid));
-    painter.drawLine(0, height() - 1, width(), height() - 1);
+    painter.fillRect(0, height() - 1, width(), 1, palette().color(QPalette::Mid));
 }
 
 }  // namespace platform::qt

@@ -3,6 +3,9 @@
 #include <QPainter>
 #include <QStyleFactory>
 #include <QStyleOptionButton>
+#include <QStyleOptionSlider>
+#include <algorithm>
+#include <cstdint>
 
 #include "platform/linux/qt/Appearance.h"
 
@@ -14,6 +17,9 @@ constexpr double corner = 5;
 constexpr int sidePadding = 14;
 constexpr int heightPadding = 14;
 constexpr int ringRoom = 3;  // kept free around a button for the ring of the focus
+constexpr int scrollBarWidth = 14;
+constexpr int leastHandle = 28;
+constexpr double handleInset = 3;
 
 QColor fillOf(const QStyleOptionButton& button) {
     const QColor fill = button.palette.color(QPalette::Button);
@@ -47,6 +53,23 @@ void drawButton(const QStyleOptionButton& button, QPainter& painter) {
     painter.restore();
 }
 
+// Of the way of a scroll bar's handle: where it begins, and how long it is.
+struct Span {
+    int begin;
+    int length;
+};
+
+Span handleOf(const QStyleOptionSlider& bar) {
+    const int whole = bar.orientation == Qt::Horizontal ? bar.rect.width() : bar.rect.height();
+    const std::int64_t range = std::int64_t{bar.maximum} - bar.minimum;
+    const std::int64_t total = range + bar.pageStep;
+    const auto share = total > 0 ? static_cast<int>(std::int64_t{whole} * bar.pageStep / total) : whole;
+    const int length = range > 0 ? std::min(std::max(share, leastHandle), whole) : whole;
+    return {
+        QStyle::sliderPositionFromValue(bar.minimum, bar.maximum, bar.sliderPosition, whole - length, bar.upsideDown),
+        length};
+}
+
 }  // namespace
 
 InstallerStyle::InstallerStyle() : QProxyStyle(QStyleFactory::create(QString::fromLatin1("Fusion"))) {}
@@ -66,6 +89,56 @@ void InstallerStyle::drawControl(ControlElement element, const QStyleOption* opt
     }
 }
 
+void InstallerStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                                        const QWidget* widget) const {
+    const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (bar == nullptr || control != CC_ScrollBar) {
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+        return;
+    }
+    painter->save();
+    painter->fillRect(bar->rect, bar->palette.color(QPalette::Base));
+    if (bar->maximum > bar->minimum) {
+        const QRectF handle = QRectF(subControlRect(CC_ScrollBar, bar, SC_ScrollBarSlider, widget))
+                                  .adjusted(handleInset, handleInset, -handleInset, -handleInset);
+        const double round = std::min(handle.width(), handle.height()) / 2;
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(bar->palette.color(QPalette::PlaceholderText));
+        painter->drawRoundedRect(handle, round, round);
+    }
+    painter->restore();
+}
+
+QRect InstallerStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,
+                                     const QWidget* widget) const {
+    const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (bar == nullptr || control != CC_ScrollBar) {
+        return QProxyStyle::subControlRect(control, option, part, widget);
+    }
+    const auto [begin, length] = handleOf(*bar);
+    const bool across = bar->orientation == Qt::Horizontal;
+    const auto along = [&](int from, int to) {
+        const QRect& all = bar->rect;
+        const QRect found = across ? QRect(all.x() + from, all.y(), to - from, all.height())
+                                   : QRect(all.x(), all.y() + from, all.width(), to - from);
+        return visualRect(bar->direction, all, found);
+    };
+    const int whole = across ? bar->rect.width() : bar->rect.height();
+    switch (part) {
+        case SC_ScrollBarGroove:
+            return along(0, whole);
+        case SC_ScrollBarSlider:
+            return along(begin, begin + length);
+        case SC_ScrollBarSubPage:
+            return along(0, begin);
+        case SC_ScrollBarAddPage:
+            return along(begin + length, whole);
+        default:
+            return {};  // no arrows
+    }
+}
+
 QSize InstallerStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                                        const QWidget* widget) const {
     if (type == CT_PushButton) {
@@ -79,6 +152,8 @@ int InstallerStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, 
         case PM_ButtonShiftHorizontal:
         case PM_ButtonShiftVertical:
             return 0;
+        case PM_ScrollBarExtent:
+            return scrollBarWidth;
         default:
             return QProxyStyle::pixelMetric(metric, option, widget);
     }

@@ -1,4 +1,5 @@
-// Fusion with push buttons that are flat, roomy and show plainly where the focus is.
+// Fusion with push buttons that are flat, roomy and show plainly where the focus is, and with scroll bars that are a
+// handle that is plainly seen.
 #pragma once
 
 #include <QProxyStyle>
@@ -13,6 +14,10 @@ public:
 
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override;
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                            const QWidget* widget) const override;
+    QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,
+                         const QWidget* widget) const override;
     QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                            const QWidget* widget) const override;
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;

@@ -162,9 +162,7 @@ void SheetOverlay::paintEvent(QPaintEvent*) {
         painter.setBrush(QColor(0, 0, 0, 8));
         painter.drawRoundedRect(sheet.adjusted(-ring, 0, ring, ring), ring, ring);
     }
-    painter.setPen(palette().color(QPalette::Mid));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRect(sheet.adjusted(-1, -1, 0, 0));
+    painter.fillRect(sheet.adjusted(-1, 0, 1, 1), palette().color(QPalette::Mid));
 }
 
 void SheetOverlay::keyPressEvent(QKeyEvent* event) {
