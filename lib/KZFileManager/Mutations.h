@@ -62,9 +62,9 @@ bool moveFile(const std::string& source, const std::string& toPath, std::chrono:
 
 // Sets the item's modification date to now, and its creation date when that is asked for (as far as the host can);
 // never creates anything. An item that is writable is always true, whatever came of it. One that is not, or is missing,
-// is handed to the administrator-rights session: true when its tool could be started. Waits for the tool, 5 seconds at
-// the most for a writable item. In every case but a missing path (false) the desktop is told of the change, also when
-// an exception passes, which the caller receives unchanged.
+// is handed to the administrator-rights session: true when its tool could be started. Waits until the tool has ended,
+// however long that takes: the time-out of such a run ends nothing (see KZTaskEx::runTask). In every case but a missing
+// path (false) the desktop is told of the change, also when an exception passes, which the caller receives unchanged.
 bool touchFile(const Path& path);
 bool touchFile(const Path& path, SetCreationDate setCreationDate);
 
