@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <memory>
@@ -43,6 +45,7 @@ public:
         {
             std::unique_lock lock(m_mutex);
             ++slices;
+            longestSlice = std::max(longestSlice, slice);
             if (!m_changed.wait_for(lock, slice, [&] { return !m_queue.empty(); })) {
                 return;
             }
@@ -53,6 +56,7 @@ public:
     }
 
     int slices = 0;  // how often the loop was run
+    std::chrono::milliseconds longestSlice{0};
 
 private:
     const std::thread::id m_main = std::this_thread::get_id();

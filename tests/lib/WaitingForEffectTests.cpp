@@ -76,6 +76,7 @@ TEST_F(WaitingForAnEffect, RunsTheEventLoopOnTheMainThreadUntilItComes) {
     };
     EXPECT_TRUE(KZFileManager::createDirectory(disk / "folder", seconds{10}));
     EXPECT_EQ(mainThread.slices, 2);
+    EXPECT_EQ(mainThread.longestSlice, std::chrono::milliseconds{10});
 }
 
 TEST_F(WaitingForAnEffect, TakesTheLongestTimeThereIsForLongAndTheShortestForNone) {
