@@ -108,7 +108,9 @@ bool copyAndTouchEach(const fs::path& source, const fs::path& destination) {
 
 class Bench {
 public:
-    explicit Bench(const Options& options) : m_options(options), m_root(options.folder) {}
+    explicit Bench(const Options& options) : m_options(options), m_root(options.folder) {
+        fs::create_directory(home());
+    }
 
     void manyFiles() {
         std::printf("%d files in %d folders\n", m_options.files, (m_options.files + 19) / 20);
@@ -169,6 +171,7 @@ private:
 
     // The tree holds a mirror of the place where its files go, so a new place needs only a new name there.
     std::string tree() const { return m_root / "Bench Installer.app/Contents/Resources/PluginStructure"; }
+    std::string home() const { return m_root / "home"; }
     std::string place() const { return m_root / ("installed " + std::to_string(m_place)); }
     std::string mirror() const { return tree() + place(); }
     std::string freshPlace() { return m_root / ("copied " + std::to_string(++m_copies)); }
@@ -181,7 +184,7 @@ private:
     bool install(bool withTools) {
         fakes::FakeIdentity identity;
         identity.uid = 1000;  // measured as an ordinary user's installation, whoever runs this
-        identity.home = m_root / "home";
+        identity.home = home();
         NoTools noTools;
         auto host = platform::linux_host::services();
         host.identity = &identity;
