@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -12,6 +13,12 @@
 
 namespace platform::qt {
 
+namespace {
+
+constexpr int edge = 1;  // tells it from a sheet that it covers, where no window manager frames it
+
+}  // namespace
+
 AlertWindow::AlertWindow(AlertView* view, Qt::WindowModality modality, const QWidget* near)
     : QWidget(nullptr, Qt::Dialog), m_view(view) {
     installAccessibleRoles();
@@ -20,7 +27,7 @@ AlertWindow::AlertWindow(AlertView* view, Qt::WindowModality modality, const QWi
     setWindowModality(modality);
     setAttribute(Qt::WA_QuitOnClose, false);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(edge, edge, edge, edge);
     layout->addWidget(view);
     placeNear(near);
 }
@@ -43,6 +50,12 @@ void AlertWindow::present() {
     m_view->answerButtons().onReturn->setFocus(Qt::OtherFocusReason);
     QAccessibleEvent event(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&event);
+}
+
+void AlertWindow::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Mid));
+    painter.fillRect(rect().adjusted(edge, edge, -edge, -edge), palette().color(QPalette::Window));
 }
 
 void AlertWindow::keyPressEvent(QKeyEvent* event) {
