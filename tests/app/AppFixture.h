@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -96,7 +97,12 @@ protected:
     // Runs the installation as the program does: on a thread of its own, with the main thread serving. Every alert is
     // answered by its default button.
     void runInstallation() {
-        alerts.answer = [](const fakes::FakeAlerts::Shown&) { return 1; };
+        alerts.answer = [this](const fakes::FakeAlerts::Shown&) {
+            if (whileShown) {
+                whileShown();
+            }
+            return 1;
+        };
         std::atomic<bool> ended = false;
         std::thread worker([&] {
             delegate.beginInstallation(tree());
@@ -113,6 +119,8 @@ protected:
                    ? "nothing shown"
                    : alerts.shown.back()->contents.messageText + ": " + alerts.shown.back()->contents.informativeText;
     }
+
+    std::function<void()> whileShown;  // called while runInstallation's outcome is on the screen
 
     fakes::TemporaryFolder disk;
     std::string home = disk / "home/ada";

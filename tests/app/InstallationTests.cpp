@@ -311,6 +311,34 @@ TEST_F(Installation, KeepsInstallDisabledWhateverTheOutcome) {
     EXPECT_EQ(spinner.starts, 1);
 }
 
+TEST_F(Installation, HasStoppedTheSpinnerWhenItReportsWhateverTheOutcome) {
+    const std::function<void()> preparations[] = {
+        [this] { addResource("preinstall.sh", "exit 1\n"); },
+        [this] {
+            addResource("preinstall.sh", "");
+            addResource("postinstall.sh", "exit 1\n");
+        },
+        [this] { addResource("postinstall.sh", ""); },
+        [this] {
+            identity.uid = 0;  // nobody is there to install for
+            write(tree() + "/Users/user/top.txt", "t");
+        },
+    };
+    std::vector<std::string> outcomes;
+    whileShown = [&] {
+        EXPECT_FALSE(spinner.animating) << outcome();
+        EXPECT_FALSE(installButton.enabled) << outcome();
+        outcomes.push_back(outcome());
+    };
+    for (const auto& prepare : preparations) {
+        installButton.enabled = true;
+        prepare();
+        runInstallation();
+    }
+    EXPECT_EQ(outcomes, (std::vector<std::string>{scriptFailed, scriptFailed, complete, refused}));
+    EXPECT_EQ(spinner.starts, 4);
+}
+
 TEST_F(Installation, ShowsItsOutcomeOnTheMainWindow) {
     runInstallation();
     ASSERT_EQ(alerts.shown.size(), 1U);

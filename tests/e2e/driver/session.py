@@ -15,6 +15,7 @@ class Session:
         self._own_home = self.folder / "driver-home"
         self._own_home.mkdir(exist_ok=True)
         self.display = Display(self.folder, size)
+        self.bus = None
         try:
             self.bus = SessionBus(self._base_environment(self._own_home))
             os.environ["XDG_RUNTIME_DIR"] = str(self._runtime)
@@ -22,11 +23,12 @@ class Session:
             os.environ["HOME"] = str(self._own_home)
             self.reader = Reader(self.bus.address)
         except BaseException:
-            self.display.close()
+            self.close()
             raise
 
     def close(self):
-        self.bus.close()
+        if self.bus is not None:
+            self.bus.close()
         self.display.close()
         shutil.rmtree(self._runtime, ignore_errors=True)
 
