@@ -16,7 +16,7 @@ struct TrashFolder {
     std::string items;
     std::optional<std::string> notes;  // none for a plain folder
     std::string topFolder;             // what the notes' paths are relative to; empty: they are absolute
-    std::optional<Owner> owner;      // whom what goes into it is given to; none: it stays as it is
+    std::optional<Owner> owner;        // whom what goes into it is given to; none: it stays as it is
 };
 
 // Makes files/ and info/ below `trash`, private to the owner, as far as they are missing. None when that is not
