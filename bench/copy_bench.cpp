@@ -15,7 +15,7 @@
 
 #include "bench/Measure.h"
 #include "bench/Workload.h"
-#include "platform/linux/services/LinuxFileManager.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
 #include "tests/fakes/TemporaryFolder.h"
 
 namespace fs = std::filesystem;

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/linux/services/LinuxPropertyLists.h"
+#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     platform::linux_host::LinuxPropertyLists lists;

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/linux/qt/AgreementDocument.h"
-#include "platform/linux/qt/AgreementTextDocument.h"
-#include "platform/linux/qt/RtfWriter.h"
+#include "platform/linux/qt/agreement/AgreementDocument.h"
+#include "platform/linux/qt/agreement/AgreementTextDocument.h"
+#include "platform/linux/qt/agreement/RtfWriter.h"
 
 namespace {
 

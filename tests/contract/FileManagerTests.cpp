@@ -6,7 +6,7 @@
 #include <map>
 #include <memory>
 
-#include "platform/linux/services/LinuxFileManager.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
 #include "tests/fakes/FakeFileManager.h"
 #include "tests/fakes/TemporaryFolder.h"
 

@@ -4,7 +4,7 @@
 #include <fstream>
 
 #include "platform/linux/services/LinuxMainBundle.h"
-#include "platform/linux/services/LinuxPropertyLists.h"
+#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 #include "tests/fakes/FakeMainBundle.h"
 #include "tests/fakes/TemporaryFolder.h"
 

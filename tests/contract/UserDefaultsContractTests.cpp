@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "platform/linux/services/LinuxFileManager.h"
-#include "platform/linux/services/LinuxPropertyLists.h"
 #include "platform/linux/services/LinuxUserDefaults.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
+#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 #include "tests/fakes/FakeIdentity.h"
 #include "tests/fakes/FakeMainBundle.h"
 #include "tests/fakes/FakeUserDefaults.h"

@@ -8,7 +8,7 @@
 #include <memory>
 #include <tuple>
 
-#include "platform/linux/services/LinuxFileManager.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
 #include "tests/fakes/FailingFileManager.h"
 #include "tests/fakes/TemporaryFolder.h"
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/services/LinuxFileManager.h"
-#include "platform/linux/services/LinuxWorkspace.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
+#include "platform/linux/services/workspace/LinuxWorkspace.h"
 #include "tests/fakes/FakeIdentity.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <memory>
 
-#include "platform/linux/services/Mounts.h"
+#include "platform/linux/services/workspace/Mounts.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/fault/FaultRun.h"
 #include "tests/fault/TreeSnapshot.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/services/Base64.h"
+#include "platform/linux/services/propertylists/Base64.h"
 
 #include <gtest/gtest.h>
 

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/services/LinuxFileManager.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
 #include "tests/fakes/TemporaryFolder.h"
 
 // Real files in a folder of the test's own.

@@ -1,4 +1,4 @@
-#include "platform/linux/services/ItemCopier.h"
+#include "platform/linux/services/files/ItemCopier.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>

@@ -1,6 +1,6 @@
-#include "platform/linux/services/ItemMover.h"
+#include "platform/linux/services/files/ItemMover.h"
 
-#include "platform/linux/services/Mounts.h"
+#include "platform/linux/services/workspace/Mounts.h"
 #include "tests/linux/FilesFixture.h"
 
 namespace {

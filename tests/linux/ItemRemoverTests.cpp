@@ -1,4 +1,4 @@
-#include "platform/linux/services/ItemRemover.h"
+#include "platform/linux/services/files/ItemRemover.h"
 
 #include <fcntl.h>
 #include <linux/fs.h>

@@ -1,4 +1,4 @@
-#include "platform/linux/services/LinuxFileManager.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
 
 #include <fcntl.h>
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/linux/services/LinuxPropertyLists.h"
+#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 #include "tests/fakes/ScopedEnvironment.h"
 #include "tests/fakes/TemporaryFolder.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/services/LinuxPropertyLists.h"
+#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -7,8 +7,8 @@
 #include <fstream>
 #include <thread>
 
-#include "platform/linux/services/LinuxFileManager.h"
-#include "platform/linux/services/LinuxPropertyLists.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
+#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 #include "tests/fakes/FakeIdentity.h"
 #include "tests/fakes/FakeMainBundle.h"
 #include "tests/fakes/TemporaryFolder.h"

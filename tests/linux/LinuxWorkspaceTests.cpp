@@ -1,11 +1,11 @@
-#include "platform/linux/services/LinuxWorkspace.h"
+#include "platform/linux/services/workspace/LinuxWorkspace.h"
 
 #include <chrono>
 #include <cstdlib>
 #include <thread>
 
-#include "platform/linux/services/DesktopEntries.h"
-#include "platform/linux/services/Mounts.h"
+#include "platform/linux/services/workspace/DesktopEntries.h"
+#include "platform/linux/services/workspace/Mounts.h"
 #include "tests/fakes/FakeIdentity.h"
 #include "tests/linux/FilesFixture.h"
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <variant>
 
-#include "platform/linux/services/LinuxPropertyLists.h"
+#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 
 namespace fixture {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/services/Trash.h"
+#include "platform/linux/services/workspace/Trash.h"
 
 #include <fcntl.h>
 #include <sched.h>
@@ -9,8 +9,8 @@
 #include <ctime>
 #include <functional>
 
-#include "platform/linux/services/Mounts.h"
-#include "platform/linux/services/TrashFolder.h"
+#include "platform/linux/services/workspace/Mounts.h"
+#include "platform/linux/services/workspace/TrashFolder.h"
 #include "tests/linux/FilesFixture.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/linux/services/Unicode.h"
+#include "platform/linux/services/propertylists/Unicode.h"
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,8 @@
 #include <QTextTable>
 #include <cmath>
 
-#include "platform/linux/qt/AgreementLiterals.h"
-#include "platform/linux/qt/HtmlDocument.h"
+#include "platform/linux/qt/agreement/AgreementLiterals.h"
+#include "platform/linux/qt/agreement/HtmlDocument.h"
 #include "tests/qt/AgreementText.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/linux/qt/AgreementDocument.h"
+#include "platform/linux/qt/agreement/AgreementDocument.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,7 +8,7 @@
 #include <QTextBlock>
 #include <filesystem>
 
-#include "platform/linux/qt/AgreementFile.h"
+#include "platform/linux/qt/agreement/AgreementFile.h"
 #include "tests/qt/AgreementText.h"
 
 namespace {

@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/linux/qt/AgreementDocument.h"
-#include "platform/linux/qt/AgreementTextDocument.h"
-#include "platform/linux/qt/RtfWriter.h"
+#include "platform/linux/qt/agreement/AgreementDocument.h"
+#include "platform/linux/qt/agreement/AgreementTextDocument.h"
+#include "platform/linux/qt/agreement/RtfWriter.h"
 #include "tests/fakes/TemporaryFolder.h"
 
 namespace agreement_tests {

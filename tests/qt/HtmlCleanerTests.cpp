@@ -1,4 +1,4 @@
-#include "platform/linux/qt/HtmlCleaner.h"
+#include "platform/linux/qt/agreement/HtmlCleaner.h"
 
 #include <gtest/gtest.h>
 

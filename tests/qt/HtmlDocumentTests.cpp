@@ -1,4 +1,4 @@
-#include "platform/linux/qt/HtmlDocument.h"
+#include "platform/linux/qt/agreement/HtmlDocument.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,11 +1,11 @@
-#include "platform/linux/qt/PlainTextDocument.h"
+#include "platform/linux/qt/agreement/PlainTextDocument.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "platform/linux/qt/AgreementLiterals.h"
-#include "platform/linux/qt/AgreementTextDocument.h"
+#include "platform/linux/qt/agreement/AgreementLiterals.h"
+#include "platform/linux/qt/agreement/AgreementTextDocument.h"
 
 namespace {
 

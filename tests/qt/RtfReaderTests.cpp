@@ -1,10 +1,10 @@
-#include "platform/linux/qt/RtfReader.h"
+#include "platform/linux/qt/agreement/RtfReader.h"
 
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
 
-#include "platform/linux/qt/AgreementLiterals.h"
+#include "platform/linux/qt/agreement/AgreementLiterals.h"
 #include "tests/qt/AgreementText.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <limits>
 #include <string>
 
-#include "platform/linux/qt/RtfTokenizer.h"
+#include "platform/linux/qt/agreement/RtfTokenizer.h"
 
 namespace {
 

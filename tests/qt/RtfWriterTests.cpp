@@ -1,4 +1,4 @@
-#include "platform/linux/qt/RtfWriter.h"
+#include "platform/linux/qt/agreement/RtfWriter.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <QTextBlock>
 #include <QTextTable>
 
-#include "platform/linux/qt/RtfGrid.h"
+#include "platform/linux/qt/agreement/RtfGrid.h"
 #include "tests/qt/AgreementText.h"
 
 namespace {

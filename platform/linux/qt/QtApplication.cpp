@@ -6,12 +6,12 @@
 #include <QTextBrowser>
 #include <utility>
 
-#include "platform/linux/qt/AgreementDocument.h"
 #include "platform/linux/qt/ProminentButton.h"
 #include "platform/linux/qt/QtAlerts.h"
 #include "platform/linux/qt/QtControls.h"
 #include "platform/linux/qt/QtText.h"
 #include "platform/linux/qt/SheetOverlay.h"
+#include "platform/linux/qt/agreement/AgreementDocument.h"
 
 namespace platform::qt {
 

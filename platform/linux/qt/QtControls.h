@@ -6,7 +6,7 @@
 #include <functional>
 #include <memory>
 
-#include "platform/linux/qt/AgreementDocument.h"
+#include "platform/linux/qt/agreement/AgreementDocument.h"
 #include "platform/ports/Controls.h"
 
 class QPushButton;

@@ -1,6 +1,6 @@
 #include "platform/linux/services/ConsoleText.h"
 
-#include "platform/linux/services/Unicode.h"
+#include "platform/linux/services/propertylists/Unicode.h"
 
 namespace platform::linux_host {
 

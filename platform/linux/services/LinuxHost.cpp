@@ -1,14 +1,14 @@
 #include "platform/linux/services/LinuxHost.h"
 
 #include "platform/linux/services/LinuxConsole.h"
-#include "platform/linux/services/LinuxFileManager.h"
 #include "platform/linux/services/LinuxIdentity.h"
 #include "platform/linux/services/LinuxMainBundle.h"
-#include "platform/linux/services/LinuxPropertyLists.h"
 #include "platform/linux/services/LinuxStandardFolders.h"
 #include "platform/linux/services/LinuxSystemInfo.h"
 #include "platform/linux/services/LinuxUserDefaults.h"
-#include "platform/linux/services/LinuxWorkspace.h"
+#include "platform/linux/services/files/LinuxFileManager.h"
+#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
+#include "platform/linux/services/workspace/LinuxWorkspace.h"
 #include "platform/posix/MainQueue.h"
 #include "platform/posix/ProcessLauncher.h"
 

@@ -1,0 +1,89 @@
+#include "platform/linux/services/workspace/DetachedProcess.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <string_view>
+
+#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/Descriptor.h"
+
+namespace platform::linux_host {
+
+namespace {
+
+// Between fork and exec only calls that are safe after a fork of a process with several threads.
+[[noreturn]] void becomeProgram(const char* path, char* const* arguments, int report) {
+    const int null = ::open("/dev/null", O_RDWR);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        (void)::dup2(null, stream);
+    }
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    for (int signal = 1; signal < NSIG; ++signal) {
+        (void)::signal(signal, SIG_DFL);
+    }
+    (void)::execv(path, arguments);
+    const int code = errno;
+    (void)!::write(report, &code, sizeof code);
+    ::_exit(127);
+}
+
+}  // namespace
+
+std::optional<std::string> findProgram(const std::string& name) {
+    if (name.find('/') != std::string::npos) {
+        return ::access(name.c_str(), X_OK) == 0 ? std::optional(name) : std::nullopt;
+    }
+    const char* variable = std::getenv("PATH");
+    std::string_view folders = variable != nullptr ? variable : "/usr/local/bin:/usr/bin:/bin";
+    while (!folders.empty() && !name.empty()) {
+        const auto end = std::min(folders.find(':'), folders.size());
+        const std::string path = joinPath(std::string(folders.substr(0, end)), name);
+        if (path.starts_with('/') && ::access(path.c_str(), X_OK) == 0) {
+            return path;
+        }
+        folders.remove_prefix(std::min(end + 1, folders.size()));
+    }
+    return std::nullopt;
+}
+
+bool startDetached(const std::vector<std::string>& command) {
+    const auto program = command.empty() ? std::nullopt : findProgram(command.front());
+    std::array<int, 2> ends{-1, -1};
+    if (!program || ::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return false;
+    }
+    const posix::Descriptor readEnd(ends[0]);
+    posix::Descriptor writeEnd(ends[1]);
+    std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
+    for (const std::string& word : command) {
+        arguments.push_back(const_cast<char*>(word.c_str()));  // exec does not write there
+    }
+    arguments.push_back(nullptr);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::setsid();
+        const pid_t grandchild = ::fork();
+        if (grandchild == 0) {
+            becomeProgram(program->c_str(), arguments.data(), writeEnd.get());
+        }
+        ::_exit(grandchild < 0 ? 1 : 0);
+    }
+    writeEnd.reset();
+    int status = 0;
+    while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    int code = 0;
+    return child > 0 && status == 0 && ::read(readEnd.get(), &code, sizeof code) == 0;
+}
+
+}  // namespace platform::linux_host
