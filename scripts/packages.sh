@@ -1,5 +1,5 @@
 #!/bin/bash
-# Installs the Debian packages that are missing: scripts/packages.sh [build] [demo] [test]
+# Installs the Debian packages that are missing: scripts/packages.sh [build] [demo] [test] [bench] [fuzz]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
@@ -9,7 +9,9 @@ trap 'exit 143' TERM HUP
 
 build=(cmake ninja-build g++ pkg-config qt6-base-dev libqt6opengl6-dev libexpat1-dev libsystemd-dev)
 demo=(xvfb xdotool dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3 python3-gi fonts-dejavu-core lsof)
-test=(libgtest-dev libgmock-dev libplist-dev libbenchmark-dev clang clang-format clang-tidy shellcheck util-linux)
+test=(libgtest-dev libgmock-dev libplist-dev clang clang-format clang-tidy shellcheck util-linux)
+bench=(libspdlog-dev)
+fuzz=(clang libclang-rt-14-dev)
 
 wanted=()
 for group in "${@:-build}"; do
@@ -17,6 +19,8 @@ for group in "${@:-build}"; do
         build) wanted+=("${build[@]}") ;;
         demo) wanted+=("${demo[@]}") ;;
         test) wanted+=("${test[@]}") ;;
+        bench) wanted+=("${bench[@]}") ;;
+        fuzz) wanted+=("${fuzz[@]}") ;;
         *) fail "scripts/packages.sh: no such group: $group" ;;
     esac
 done
