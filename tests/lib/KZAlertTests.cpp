@@ -156,6 +156,7 @@ TEST_F(Alerting, IsAlwaysShownOnTheMainThread) {
 TEST_F(Alerting, ReturnsAtOnceWithoutAnAnswerWhenItDoesNotWait) {
     EXPECT_EQ(KZAlert::alertSheetWithMessageText("t", none, none, none, "i", &window, Block::no), -1);
     EXPECT_TRUE(shown().visible);
+    FakeAlerts::respond(shown(), 1);  // or it would keep its object, as it is to do while it is up
 }
 
 TEST_F(Alerting, ThatNobodyWaitsForMayBeAnsweredAfterItsCallerHasGone) {
