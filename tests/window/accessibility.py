@@ -61,7 +61,12 @@ class Screen:
         self.pid = pid
 
     def nodes(self):
+        # Without a main loop nobody tells this side of the bus what has come since the last look.
+        from gi.repository import GLib
+        while GLib.MainContext.default().iteration(False):
+            pass
         desktop = self.atspi.get_desktop(0)
+        desktop.clear_cache()
         for index in range(desktop.get_child_count()):
             application = desktop.get_child_at_index(index)
             try:
