@@ -16,13 +16,18 @@ ROOMS = {
     "platform/posix": ["platform/posix", "platform/ports"],
     "platform/linux": ["platform/linux", "platform/posix", "platform/ports"],
     "platform/linux/services": ["platform/linux/services", "platform/posix", "platform/ports"],
+    "platform/linux/rights": ["platform/linux/rights", "platform/posix", "platform/ports"],
+    "platform/linux/rights/helper": [
+        "platform/linux/rights/helper", "platform/linux/rights/wire", "platform/posix", "platform/ports"],
+    "platform/linux/rights/wire": ["platform/linux/rights/wire", "platform/posix", "platform/ports"],
     "platform/macos": ["platform/macos", "platform/posix", "platform/ports"],
     "lib/base": ["lib/base", "platform/ports"],
     "lib": ["lib", "platform/ports"],
     "app": ["app", "lib", "platform/ports"],
 }
 STANDARD_ONLY = {"platform/ports", "lib", "lib/base", "app"}
-NO_TOOLKIT = STANDARD_ONLY | {"platform/posix", "platform/linux/services"}
+NO_TOOLKIT = STANDARD_ONLY | {"platform/posix", "platform/linux/services"} | {
+    room for room in ROOMS if room.startswith("platform/linux/rights")}
 
 STANDARD_HEADER = re.compile(r"^[a-z_]+$")  # <vector>, <cstring>; no folder, no ".h"
 HOST_CONDITION = re.compile(r"^\s*#\s*(?:el)?if.*\b(Q_OS_\w+|__APPLE__|__linux__|__unix__|_WIN32|TARGET_OS_\w+)", re.M)

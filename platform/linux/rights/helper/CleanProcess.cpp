@@ -1,0 +1,75 @@
+#include "platform/linux/rights/helper/CleanProcess.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+
+namespace platform::rights {
+
+namespace {
+
+void closeDescriptors() {
+    const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    ::dup2(nowhere, STDOUT_FILENO);
+    ::dup2(nowhere, STDERR_FILENO);
+    ::close_range(STDERR_FILENO + 1, ~0U, 0);
+}
+
+void setEnvironment() {
+    ::clearenv();
+    ::setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1);
+    ::setenv("HOME", "/root", 1);
+    ::setenv("USER", "root", 1);
+    ::setenv("LOGNAME", "root", 1);
+    ::setenv("LANG", "C.UTF-8", 1);
+}
+
+void setLimit(__rlimit_resource_t resource, rlim_t soft, rlim_t hard) {
+    const rlimit limit{soft, hard};
+    ::setrlimit(resource, &limit);
+}
+
+// A tool that is cut short by somebody else's limits leaves half a file.
+void setLimits() {
+    constexpr rlim_t descriptors = 1024;
+    constexpr rlim_t mostDescriptors = 4096;
+    constexpr rlim_t stack = rlim_t{8} << 20U;
+    for (const auto resource : std::array{RLIMIT_AS, RLIMIT_CPU, RLIMIT_DATA, RLIMIT_FSIZE, RLIMIT_NPROC}) {
+        setLimit(resource, RLIM_INFINITY, RLIM_INFINITY);
+    }
+    setLimit(RLIMIT_STACK, stack, RLIM_INFINITY);
+    setLimit(RLIMIT_NOFILE, descriptors, mostDescriptors);
+    setLimit(RLIMIT_CORE, 0, 0);
+}
+
+void setSignals() {
+    for (int number = 1; number < NSIG; ++number) {
+        ::signal(number, SIG_DFL);
+    }
+    ::signal(SIGPIPE, SIG_IGN);
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+}  // namespace
+
+void cleanProcess() {
+    closeDescriptors();
+    setEnvironment();
+    setLimits();
+    setSignals();
+    ::umask(S_IWGRP | S_IWOTH);
+    if (::chdir("/") != 0) {
+        std::abort();
+    }
+    ::prctl(PR_SET_DUMPABLE, 0);
+}
+
+}  // namespace platform::rights
