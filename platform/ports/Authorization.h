@@ -31,7 +31,8 @@ public:
     // Adds the right; may show the host's password dialog when that is allowed. Blocks until it is answered.
     virtual int copyRights(AuthorizationRef& ref, const std::string& right,
                            const std::optional<Credentials>& credentials, Interaction interaction) = 0;
-    // Starts the tool with the right. When `drain` is set, returns only once the tool has closed its output.
+    // Starts the tool with the right. When `drain` is set, returns only once the tool has closed its output; else soon,
+    // whether the tool has ended or not.
     virtual int execute(AuthorizationRef& ref, const std::string& tool, const std::vector<std::string>& arguments,
                         bool drain) = 0;
     // What a process that was started with rights inherited; empty when there is nothing to inherit.

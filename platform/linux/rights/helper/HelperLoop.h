@@ -30,7 +30,6 @@ private:
 
     const int m_socket;
     pid_t m_master = -1;
-    uid_t m_masterUser = 0;
     posix::Descriptor m_masterWatch;
     posix::Descriptor m_childSignals;
     wire::Decoder m_decoder;

@@ -29,7 +29,8 @@ struct Hello {
 // To the helper: start a tool. The first text is the tool's path, the rest are its arguments.
 struct Run {
     std::vector<std::string> command;
-    bool wantsOutput = false;  // the reply brings a pipe with what the tool writes; otherwise that goes nowhere
+    bool wantsOutput = false;  // the reply brings a pipe with what the tool writes; otherwise that goes nowhere, and
+                               // the reply waits a moment for a tool that ends at once
 };
 
 // To the helper: send a signal to a tool that it started, and to the tool's subtasks.
