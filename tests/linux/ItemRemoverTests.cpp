@@ -105,11 +105,11 @@ TEST_F(Removing, PathsThatAreNoneAreRefused) {
 TEST_F(Removing, ObstacleIsALockedFileDeepInside) {
     makeFolder("tree/sub");
     write("tree/sub/file", "x");
-    EXPECT_FALSE(findRemovalObstacle(at("tree")));
+    EXPECT_FALSE(findRemovalObstacle(platform::linux_host::placeAt(at("tree"))));
     if (m_files.setImmutable(at("tree/sub/file"), true)) {
         GTEST_SKIP() << "no right to lock files, or no such flag here";
     }
-    const auto obstacle = findRemovalObstacle(at("tree"));
+    const auto obstacle = findRemovalObstacle(platform::linux_host::placeAt(at("tree")));
     EXPECT_FALSE(m_files.setImmutable(at("tree/sub/file"), false));
     ASSERT_TRUE(obstacle);
     EXPECT_EQ(obstacle->code, EPERM);

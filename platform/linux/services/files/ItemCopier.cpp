@@ -18,19 +18,22 @@ namespace platform::linux_host {
 
 namespace {
 
-// A copy in the making, from one plain path to another at which nothing stands.
+// A copy in the making, from one place to another at which nothing stands.
 class ItemCopier {
 public:
-    ItemCopier(std::string source, std::string destination)
+    ItemCopier(ItemPlace source, ItemPlace destination)
         : m_source(std::move(source)), m_destination(std::move(destination)) {}
 
     Failure run() {
         struct stat status {};
-        if (::lstat(m_source.c_str(), &status) != 0) {
-            return fileError("read", m_source, errno);
+        if (::fstatat(m_source.folder, m_source.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+            return fileError("read", m_source.shown, errno);
+        }
+        if (const int code = holdDestinationFolder(); code != 0) {
+            return failed(code);
         }
         struct stat standing {};
-        if (::lstat(m_destination.c_str(), &standing) == 0) {
+        if (::fstatat(m_destination.folder, m_destination.name.c_str(), &standing, AT_SYMLINK_NOFOLLOW) == 0) {
             return failed(EEXIST);
         }
         switch (status.st_mode & S_IFMT) {
@@ -41,19 +44,34 @@ public:
             case S_IFDIR:
                 return copyFolder();
             default:
-                return fileError("copy the pipe, socket or device", m_source, EOPNOTSUPP);
+                return fileError("copy the pipe, socket or device", m_source.shown, EOPNOTSUPP);
         }
     }
 
 private:
+    int holdDestinationFolder() {
+        const PathParts parts = splitPath(m_destination.name);
+        if (parts.name.empty()) {
+            return EEXIST;  // the root
+        }
+        m_folder.reset(::openat(m_destination.folder, parts.folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!m_folder) {
+            return errno;
+        }
+        m_destination.folder = m_folder.get();
+        m_destination.name = parts.name;
+        return 0;
+    }
+
     Failure copyFile() {
-        const posix::Descriptor from(::open(m_source.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        const posix::Descriptor from(
+            ::openat(m_source.folder, m_source.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         struct stat status {};
         if (!from || ::fstat(from.get(), &status) != 0) {
-            return fileError("read", m_source, errno);
+            return fileError("read", m_source.shown, errno);
         }
         if (!S_ISREG(status.st_mode)) {
-            return fileError("read", m_source, ESTALE);
+            return fileError("read", m_source.shown, ESTALE);
         }
         std::optional<int> code = copyUnnamed(from.get(), status);
         if (!code) {
@@ -64,15 +82,14 @@ private:
 
     // None where the file system knows no files without a name, or cannot name them later.
     std::optional<int> copyUnnamed(int from, const struct stat& status) {
-        const std::string folder = splitPath(m_destination).folder;
-        const posix::Descriptor to(::open(folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600));
+        const posix::Descriptor to(::openat(m_folder.get(), ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600));
         if (!to) {
             return unlessUnsupported(errno);
         }
         if (const int code = copyOpenFile(from, status, to.get(), Inheritance::possible); code != 0) {
             return code;
         }
-        if (::linkat(to.get(), "", AT_FDCWD, m_destination.c_str(), AT_EMPTY_PATH) == 0) {
+        if (::linkat(to.get(), "", m_folder.get(), m_destination.name.c_str(), AT_EMPTY_PATH) == 0) {
             return 0;
         }
         if (errno != ENOENT) {
@@ -80,15 +97,16 @@ private:
         }
         // Older kernels want a right of the superuser for the call above.
         const std::string self = "/proc/self/fd/" + std::to_string(to.get());
-        if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, m_destination.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+        if (::linkat(AT_FDCWD, self.c_str(), m_folder.get(), m_destination.name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
             return 0;
         }
         return errno == ENOENT ? std::nullopt : unlessUnsupported(errno);
     }
 
     int copyStaged(int from, const struct stat& status) {
-        const std::string staged = stagedSibling(m_destination);
-        posix::Descriptor to(::open(staged.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+        const ItemPlace staged = stagedSibling(m_destination);
+        posix::Descriptor to(
+            ::openat(staged.folder, staged.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
         if (!to) {
             return errno;
         }
@@ -101,48 +119,50 @@ private:
 
     Failure copyLink(const struct stat& status) {
         std::string target;
-        if (const int code = readLink(AT_FDCWD, m_source, target); code != 0) {
-            return fileError("read", m_source, code);
+        if (const int code = readLink(m_source.folder, m_source.name, target); code != 0) {
+            return fileError("read", m_source.shown, code);
         }
-        const std::string staged = stagedSibling(m_destination);
-        if (::symlink(target.c_str(), staged.c_str()) != 0) {
+        const ItemPlace staged = stagedSibling(m_destination);
+        if (::symlinkat(target.c_str(), staged.folder, staged.name.c_str()) != 0) {
             return failed(errno);
         }
-        const int code = publish(staged, copyLinkMetadata(status, AT_FDCWD, staged.c_str()));
+        const int code = publish(staged, copyLinkMetadata(status, staged.folder, staged.name.c_str()));
         return code == 0 ? Failure{} : failed(code);
     }
 
     // A staged item that is not a folder gets its name, or goes.
-    int publish(const std::string& staged, int code) {
+    int publish(const ItemPlace& staged, int code) {
         if (code == 0) {
             code = renameWithoutReplacing(staged, m_destination);
         }
         if (code != 0) {
-            (void)::unlink(staged.c_str());
+            (void)::unlinkat(staged.folder, staged.name.c_str(), 0);
         }
         return code;
     }
 
     Failure copyFolder() {
-        posix::Descriptor from(::open(m_source.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        posix::Descriptor from(
+            ::openat(m_source.folder, m_source.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         if (!from) {
-            return fileError("read", m_source, errno);
+            return fileError("read", m_source.shown, errno);
         }
         bool inside = false;
         if (const int code = findDestinationInside(from.get(), inside); code != 0) {
             return failed(code);
         }
         if (inside) {
-            return Error{EINVAL, "Cannot copy the folder “" + m_source + "” into itself"};
+            return Error{EINVAL, "Cannot copy the folder “" + m_source.shown + "” into itself"};
         }
-        const std::string staged = stagedSibling(m_destination);
-        if (::mkdir(staged.c_str(), S_IRWXU) != 0) {
+        const ItemPlace staged = stagedSibling(m_destination);
+        if (::mkdirat(staged.folder, staged.name.c_str(), S_IRWXU) != 0) {
             return failed(errno);
         }
         // An access list that the folder above hands down can take its maker's own rights away.
-        (void)::fchmodat(AT_FDCWD, staged.c_str(), S_IRWXU, AT_SYMLINK_NOFOLLOW);
-        posix::Descriptor to(::open(staged.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        Failure failure = to ? TreeCopier(std::move(from), m_source, std::move(to)).run() : failed(errno);
+        (void)::fchmodat(staged.folder, staged.name.c_str(), S_IRWXU, AT_SYMLINK_NOFOLLOW);
+        posix::Descriptor to(
+            ::openat(staged.folder, staged.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        Failure failure = to ? TreeCopier(std::move(from), m_source.shown, std::move(to)).run() : failed(errno);
         if (!failure) {
             const int code = renameWithoutReplacing(staged, m_destination);
             failure = code == 0 ? Failure{} : failed(code);
@@ -156,7 +176,7 @@ private:
     // Climbs from the destination's folder to the root and looks for the source on the way.
     int findDestinationInside(int source, bool& inside) const {
         struct stat wanted {};
-        posix::Descriptor at(::open(splitPath(m_destination).folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        posix::Descriptor at(::openat(m_folder.get(), ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
         struct stat here {};
         if (!at || ::fstat(source, &wanted) != 0 || ::fstat(at.get(), &here) != 0) {
             return errno;
@@ -185,10 +205,11 @@ private:
         return unsupported ? std::nullopt : std::optional(code);
     }
 
-    Failure failed(int code) const { return fileError("copy", m_source, m_destination, code); }
+    Failure failed(int code) const { return fileError("copy", m_source.shown, m_destination.shown, code); }
 
-    std::string m_source;
-    std::string m_destination;
+    ItemPlace m_source;
+    ItemPlace m_destination;
+    posix::Descriptor m_folder;  // that is to hold the copy
 };
 
 }  // namespace
@@ -200,7 +221,11 @@ Failure copyItem(const std::string& source, const std::string& destination) {
     if (Failure refused = refusedPath("copy to", destination)) {
         return refused;
     }
-    return ItemCopier(withoutTrailingSlashes(source), withoutTrailingSlashes(destination)).run();
+    return copyItem(placeAt(source), placeAt(destination));
+}
+
+Failure copyItem(const ItemPlace& source, const ItemPlace& destination) {
+    return ItemCopier(source, destination).run();
 }
 
 }  // namespace platform::linux_host

@@ -17,12 +17,13 @@ namespace platform::linux_host {
 
 namespace {
 
-int unlinked(const std::string& path) { return ::unlink(path.c_str()) == 0 ? 0 : errno; }
+int unlinked(const ItemPlace& item) { return ::unlinkat(item.folder, item.name.c_str(), 0) == 0 ? 0 : errno; }
 
 // A folder takes part in its move to another folder, so that its mode has to allow that. One of the caller's own whose
 // mode does not is opened up for the moment of the rename.
-int renameFolderOpened(const std::string& from, const std::string& to) {
-    const posix::Descriptor folder(::open(from.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+int renameFolderOpened(const ItemPlace& from, const ItemPlace& to) {
+    const posix::Descriptor folder(
+        ::openat(from.folder, from.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     if (!folder || ::fstat(folder.get(), &status) != 0 || (status.st_mode & S_IWUSR) != 0) {
         return EACCES;
@@ -36,7 +37,7 @@ int renameFolderOpened(const std::string& from, const std::string& to) {
     return code;
 }
 
-Failure moveAcross(const std::string& source, const std::string& destination) {
+Failure moveAcross(const ItemPlace& source, const ItemPlace& destination) {
     if (Failure obstacle = findRemovalObstacle(source)) {
         return obstacle;
     }
@@ -44,18 +45,19 @@ Failure moveAcross(const std::string& source, const std::string& destination) {
         return failed;
     }
     struct stat status {};
-    const bool isFolder = ::lstat(source.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-    const std::string staged = stagedSibling(source);
+    const bool isFolder =
+        ::fstatat(source.folder, source.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+    const ItemPlace staged = stagedSibling(source);
     const int code = isFolder ? renameWithoutReplacing(source, staged) : unlinked(source);
     if (code != 0) {
         (void)removeTree(destination, Removal::openingFolders);
-        return fileError("move", source, destination, code);
+        return fileError("move", source.shown, destination.shown, code);
     }
     if (!isFolder) {
         return {};
     }
     if (Failure failed = removeTree(staged, Removal::openingFolders)) {
-        return Error{failed->code, "“" + source + "” was copied to “" + destination +
+        return Error{failed->code, "“" + source.shown + "” was copied to “" + destination.shown +
                                        "”, but a part of the original is left: " + failed->description};
     }
     return {};
@@ -70,8 +72,10 @@ Failure moveItem(const std::string& source, const std::string& destination) {
     if (Failure refused = refusedPath("move to", destination)) {
         return refused;
     }
-    const std::string from = withoutTrailingSlashes(source);
-    const std::string to = withoutTrailingSlashes(destination);
+    return moveItem(placeAt(source), placeAt(destination));
+}
+
+Failure moveItem(const ItemPlace& from, const ItemPlace& to) {
     int code = renameWithoutReplacing(from, to);
     if (code == EACCES) {
         code = renameFolderOpened(from, to);
@@ -79,7 +83,7 @@ Failure moveItem(const std::string& source, const std::string& destination) {
     if (code == EXDEV) {
         return moveAcross(from, to);
     }
-    return code == 0 ? Failure{} : fileError("move", from, to, code);
+    return code == 0 ? Failure{} : fileError("move", from.shown, to.shown, code);
 }
 
 }  // namespace platform::linux_host

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/linux/services/files/ItemPlace.h"
 #include "platform/ports/Error.h"
 
 namespace platform::linux_host {
@@ -13,5 +14,6 @@ namespace platform::linux_host {
 // afterwards the copy stays, and the failure says where the rest of the original is. A folder that could not be removed
 // whole (somebody else's folder or a locked file in it) is found out before anything is copied.
 Failure moveItem(const std::string& source, const std::string& destination);
+Failure moveItem(const ItemPlace& source, const ItemPlace& destination);
 
 }  // namespace platform::linux_host

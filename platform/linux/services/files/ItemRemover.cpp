@@ -122,31 +122,36 @@ Failure removeTree(const std::string& path, Removal removal) {
     if (Failure refused = refusedPath("remove", path)) {
         return refused;
     }
-    const std::string plain = withoutTrailingSlashes(path);
-    if (const std::string name = splitPath(plain).name; name == "." || name == "..") {
-        return fileError("remove", path, EINVAL);
+    return removeTree(placeAt(path), removal);
+}
+
+Failure removeTree(const ItemPlace& item, Removal removal) {
+    const auto failure = [&](int code) { return fileError("remove", item.shown, code); };
+    const char* plain = item.name.c_str();
+    if (const std::string name = splitPath(item.name).name; name == "." || name == "..") {
+        return failure(EINVAL);
     }
-    if (::unlink(plain.c_str()) == 0) {
+    if (::unlinkat(item.folder, plain, 0) == 0) {
         return {};
     }
     if (errno != EISDIR) {
-        return fileError("remove", path, errno);
+        return failure(errno);
     }
-    if (::rmdir(plain.c_str()) == 0) {
+    if (::unlinkat(item.folder, plain, AT_REMOVEDIR) == 0) {
         return {};
     }
     if (errno != ENOTEMPTY && errno != EEXIST) {
-        return fileError("remove", path, errno);
+        return failure(errno);
     }
-    posix::Descriptor folder(::open(plain.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    posix::Descriptor folder(::openat(item.folder, plain, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!folder) {
-        return fileError("remove", path, errno);
+        return failure(errno);
     }
-    if (Failure failed = FolderEmptier(std::move(folder), plain, removal).run()) {
+    if (Failure failed = FolderEmptier(std::move(folder), item.shown, removal).run()) {
         return failed;
     }
-    if (::rmdir(plain.c_str()) != 0) {
-        return fileError("remove", path, errno);
+    if (::unlinkat(item.folder, plain, AT_REMOVEDIR) != 0) {
+        return failure(errno);
     }
     return {};
 }

@@ -26,6 +26,12 @@ inline PathParts splitPath(const std::string& path) {
     return {slash == 0 ? "/" : withoutTrailingSlashes(plain.substr(0, slash)), plain.substr(slash + 1)};
 }
 
+// The text to hand to the system when a look at a path is all that is wanted. A NUL would end it early and make it name
+// another item: such a path gives the empty one, at which nothing stands.
+inline const char* systemPath(const std::string& path) {
+    return path.find('\0') == std::string::npos ? path.c_str() : "";
+}
+
 inline std::string joinPath(const std::string& folder, const std::string& name) {
     return folder.ends_with('/') ? folder + name : folder + "/" + name;
 }

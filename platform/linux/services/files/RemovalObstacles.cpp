@@ -108,19 +108,19 @@ private:
 
 }  // namespace
 
-Failure findRemovalObstacle(const std::string& path) {
+Failure findRemovalObstacle(const ItemPlace& item) {
     struct statx status {};
-    if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) != 0) {
-        return fileError("remove", path, errno);
+    if (::statx(item.folder, item.name.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) != 0) {
+        return fileError("remove", item.shown, errno);
     }
     if ((status.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0) {
-        return fileError("remove", path, EPERM);
+        return fileError("remove", item.shown, EPERM);
     }
     if (!S_ISDIR(status.stx_mode)) {
         return {};
     }
-    posix::Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    return folder ? ObstacleSearch(std::move(folder), path).run() : fileError("remove", path, errno);
+    posix::Descriptor folder(::openat(item.folder, item.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return folder ? ObstacleSearch(std::move(folder), item.shown).run() : fileError("remove", item.shown, errno);
 }
 
 }  // namespace platform::linux_host

@@ -29,26 +29,6 @@ std::uint64_t randomNumber() {
     return (now << 20U) ^ (static_cast<std::uint64_t>(::getpid()) << 44U) ^ counter.fetch_add(1);
 }
 
-int renameByHand(const char* from, const char* to) {
-    struct stat status {};
-    if (::lstat(from, &status) != 0) {
-        return errno;
-    }
-    if (!S_ISDIR(status.st_mode)) {
-        if (::linkat(AT_FDCWD, from, AT_FDCWD, to, 0) == 0) {
-            return ::unlink(from) == 0 ? 0 : errno;
-        }
-        if (errno == EEXIST) {
-            return errno;
-        }
-    }
-    struct stat standing {};
-    if (::lstat(to, &standing) == 0) {
-        return EEXIST;
-    }
-    return ::rename(from, to) == 0 ? 0 : errno;
-}
-
 }  // namespace
 
 std::string stagedName() {
@@ -59,11 +39,43 @@ std::string stagedName() {
 
 std::string stagedSibling(const std::string& path) { return joinPath(splitPath(path).folder, stagedName()); }
 
-int renameWithoutReplacing(const std::string& from, const std::string& to) {
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+ItemPlace stagedSibling(const ItemPlace& place) {
+    const std::string staged = stagedName();
+    return {.folder = place.folder,
+            .name = joinPath(splitPath(place.name).folder, staged),
+            .shown = joinPath(splitPath(place.shown).folder, staged)};
+}
+
+int renameWithoutReplacing(const ItemPlace& from, const ItemPlace& to) {
+    if (::renameat2(from.folder, from.name.c_str(), to.folder, to.name.c_str(), RENAME_NOREPLACE) == 0) {
         return 0;
     }
-    return errno == EINVAL || errno == ENOSYS ? renameByHand(from.c_str(), to.c_str()) : errno;
+    return errno == EINVAL || errno == ENOSYS ? renameInTwoSteps(from, to) : errno;
+}
+
+int renameInTwoSteps(const ItemPlace& from, const ItemPlace& to) {
+    struct stat status {};
+    if (::fstatat(from.folder, from.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return errno;
+    }
+    if (!S_ISDIR(status.st_mode)) {
+        if (::linkat(from.folder, from.name.c_str(), to.folder, to.name.c_str(), 0) == 0) {
+            if (::unlinkat(from.folder, from.name.c_str(), 0) == 0) {
+                return 0;
+            }
+            const int code = errno;
+            (void)::unlinkat(to.folder, to.name.c_str(), 0);
+            return code;
+        }
+        if (errno == EEXIST) {
+            return errno;
+        }
+    }
+    struct stat standing {};
+    if (::fstatat(to.folder, to.name.c_str(), &standing, AT_SYMLINK_NOFOLLOW) == 0) {
+        return EEXIST;
+    }
+    return ::renameat(from.folder, from.name.c_str(), to.folder, to.name.c_str()) == 0 ? 0 : errno;
 }
 
 }  // namespace platform::linux_host

@@ -4,17 +4,22 @@
 
 #include <string>
 
+#include "platform/linux/services/files/ItemPlace.h"
+
 namespace platform::linux_host {
 
 // A hidden name that nobody else uses: ".wickfield-" and 16 random hexadecimal digits.
 std::string stagedName();
 
-// `path` with its last component replaced by a staged name.
+// The path or place with its last component replaced by a staged name.
 std::string stagedSibling(const std::string& path);
+ItemPlace stagedSibling(const ItemPlace& place);
 
-// Renames within one file system and never replaces what stands at `to`, a dangling link included. 0 or an errno. On a
-// file system that cannot do so in one step, a file is linked and unlinked; for a folder what stands at `to` is looked
-// for first.
-int renameWithoutReplacing(const std::string& from, const std::string& to);
+// Renames within one file system and never replaces what stands at `to`, a dangling link included. 0 or an errno.
+int renameWithoutReplacing(const ItemPlace& from, const ItemPlace& to);
+
+// The same for a file system that cannot do so in one step: a file is linked, then unlinked, and the link goes again
+// when the unlinking is refused; for a folder, and where there are no links, what stands at `to` is looked for first.
+int renameInTwoSteps(const ItemPlace& from, const ItemPlace& to);
 
 }  // namespace platform::linux_host
