@@ -165,24 +165,6 @@ TEST_F(Trashing, TrashThatCannotBeMadeIsAFailureAndTheItemStays) {
     EXPECT_FALSE(isThere("no-home"));
 }
 
-TEST_F(Trashing, SuperuserGivesWhatHeTrashesToTheUser) {
-    if (!isSuperuser()) {
-        GTEST_SKIP() << "only the superuser may give files away";
-    }
-    ASSERT_EQ(::lchown(at("home").c_str(), 1234, 2345), 0);
-    makeFolder("place/folder/sub");
-    write("place/folder/sub/file", "x");
-    write("place/shared", "x");
-    std::filesystem::create_hard_link(at("place/shared"), at("place/folder/also"));
-    EXPECT_FALSE(recycle("folder"));
-    for (const std::string& name : {std::string("home/.local"), std::string(items), note("folder"), item("folder"),
-                                    item("folder/sub/file"), std::string("home/.Trash")}) {
-        EXPECT_EQ(status(name).st_uid, 1234U) << name;
-        EXPECT_EQ(status(name).st_gid, 2345U) << name;
-    }
-    EXPECT_EQ(status("place/shared").st_uid, 0U);  // its other name is not in the Trash
-}
-
 TEST_F(Trashing, OtherFileSystemsItemsGoIntoTheirOwnTrashOrAreCopied) {
     makeFolder("disk");
     const std::string user = std::to_string(::geteuid());

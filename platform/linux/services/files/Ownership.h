@@ -1,4 +1,4 @@
-// Whom items belong to.
+// Whom items belong to, and on whose behalf the superuser handles them.
 #pragma once
 
 #include <sys/types.h>
@@ -12,8 +12,10 @@ struct Owner {
     gid_t group = 0;
 };
 
-// Gives an item, a folder with all that lies in it, to somebody, as far as that is possible; links are not followed. A
-// file that has other names elsewhere keeps its owner, since those names may not be meant.
-void giveTree(const std::string& path, const Owner& owner);
+// Gives the superuser's folders in a tree, its top included, to somebody, so that he can empty and move it. `folder` is
+// an open one that holds the tree. Nothing but folders changes hands: a file can be another name of one that is not
+// meant, a device would hand over more than a file, and neither stands in the way of removing the tree. Folders of
+// other people stay theirs, and links are not followed.
+void giveFolders(int folder, const std::string& name, const Owner& owner);
 
 }  // namespace platform::linux_host

@@ -66,9 +66,9 @@ std::optional<std::string> localMountPoint(std::string_view line) {
     return unescaped(mountPoint);
 }
 
-std::optional<std::uint64_t> mountOf(const std::string& path) {
+std::optional<std::uint64_t> mountOf(int folder, const char* path, int flags) {
     struct statx status {};
-    if (::statx(AT_FDCWD, path.c_str(), 0, STATX_MNT_ID, &status) != 0) {
+    if (::statx(folder, path, flags, STATX_MNT_ID, &status) != 0) {
         return std::nullopt;
     }
     if ((status.stx_mask & STATX_MNT_ID) != 0) {
@@ -76,6 +76,8 @@ std::optional<std::uint64_t> mountOf(const std::string& path) {
     }
     return (std::uint64_t{status.stx_dev_major} << 32U) | status.stx_dev_minor;  // kernels that do not tell
 }
+
+std::optional<std::uint64_t> mountOf(const std::string& path) { return mountOf(AT_FDCWD, systemPath(path), 0); }
 
 }  // namespace
 
@@ -101,7 +103,7 @@ std::vector<std::string> localMountPoints() {
 }
 
 std::string mountPointOf(const std::string& folder) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(folder.c_str(), nullptr), &std::free);
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(systemPath(folder), nullptr), &std::free);
     if (!real) {
         return {};
     }
@@ -116,6 +118,11 @@ std::string mountPointOf(const std::string& folder) {
 bool areOnSameMount(const std::string& folder, const std::string& other) {
     const auto mount = mountOf(folder);
     return mount && mount == mountOf(other);
+}
+
+bool areOnSameMount(int folder, int other) {
+    const auto mount = mountOf(folder, "", AT_EMPTY_PATH);
+    return mount && mount == mountOf(other, "", AT_EMPTY_PATH);
 }
 
 }  // namespace platform::linux_host

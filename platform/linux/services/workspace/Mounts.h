@@ -19,5 +19,6 @@ std::string mountPointOf(const std::string& folder);
 
 // Whether a rename between the two folders stays within one mount.
 bool areOnSameMount(const std::string& folder, const std::string& other);
+bool areOnSameMount(int folder, int other);  // open ones
 
 }  // namespace platform::linux_host

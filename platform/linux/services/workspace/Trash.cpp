@@ -1,5 +1,6 @@
 #include "platform/linux/services/workspace/Trash.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,7 +8,9 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <utility>
 
+#include "platform/linux/services/files/ActingAs.h"
 #include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/workspace/Mounts.h"
@@ -17,20 +20,21 @@ namespace platform::linux_host {
 
 namespace {
 
-bool isFolder(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+using User = std::optional<Owner>;
+
+posix::Descriptor openFolder(int folder, const std::string& path, int flags = 0) {
+    return posix::Descriptor(::openat(folder, path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags));
 }
 
-bool isSameItem(const std::string& path, const std::string& other) {
+bool isSameFolder(int folder, int other) {
     struct stat one {};
     struct stat two {};
-    return ::stat(path.c_str(), &one) == 0 && ::stat(other.c_str(), &two) == 0 && one.st_dev == two.st_dev &&
+    return ::fstat(folder, &one) == 0 && ::fstat(other, &two) == 0 && one.st_dev == two.st_dev &&
            one.st_ino == two.st_ino;
 }
 
 // The user whom the superuser acts for; none when everybody acts for himself.
-std::optional<Owner> ownerOf(const std::string& home) {
+User userOf(const std::string& home) {
     struct stat status {};
     if (::geteuid() != 0 || ::stat(home.c_str(), &status) != 0 || status.st_uid == 0) {
         return std::nullopt;
@@ -38,62 +42,92 @@ std::optional<Owner> ownerOf(const std::string& home) {
     return Owner{status.st_uid, status.st_gid};
 }
 
-// The folder and those above it, as far as they are missing; the user's home folder is never made.
-bool makeFoldersBelow(const std::string& home, const std::string& path, const std::optional<Owner>& owner) {
-    if (isFolder(path)) {
-        return true;
+// The folder and those above it, made as far as they are missing; the user's home folder is never made.
+posix::Descriptor makeFoldersBelow(const std::string& home, const std::string& path, const User& user) {
+    posix::Descriptor there = openFolder(AT_FDCWD, path);
+    const PathParts parts = splitPath(path);
+    if (there || errno != ENOENT || path == home || parts.name.empty()) {
+        return there;
     }
-    if (path == home || splitPath(path).folder == path || !makeFoldersBelow(home, splitPath(path).folder, owner)) {
-        return false;
-    }
-    return makePrivateFolder(path, owner);
+    const posix::Descriptor above = makeFoldersBelow(home, parts.folder, user);
+    return above ? privateFolder(above.get(), parts.name, user) : posix::Descriptor();
 }
 
-void linkTrash(const std::string& link, const std::string& items, const std::optional<Owner>& owner) {
-    const std::string home = splitPath(link).folder + "/";
-    const std::string target = items.starts_with(home) ? items.substr(home.size()) : items;
-    if (::symlink(target.c_str(), link.c_str()) == 0 && owner) {
-        (void)::lchown(link.c_str(), owner->user, owner->group);
-    }
+std::optional<TrashFolder> standardTrash(const std::string& home, const std::string& path, const User& user) {
+    const posix::Descriptor root = makeFoldersBelow(home, path, user);
+    return root ? makeTrash(root.get(), path, user) : std::nullopt;
 }
 
-std::optional<TrashFolder> userTrash(const UserTrash& trash, const std::optional<Owner>& owner) {
-    struct stat status {};
-    const bool absent = ::lstat(trash.folder.c_str(), &status) != 0;
-    if (!absent && S_ISDIR(status.st_mode)) {
-        return TrashFolder{trash.folder, std::nullopt, {}, owner};
+// A folder of the user's that serves as his Trash.
+std::optional<TrashFolder> plainTrash(int home, const std::string& path, int flags, const User& user) {
+    posix::Descriptor items = openFolder(home, splitPath(path).name, flags);
+    if (!items || (user && !belongsTo(items.get(), user))) {
+        return std::nullopt;
     }
-    std::optional<TrashFolder> standard;
-    const std::string root = joinPath(trash.dataHome, "Trash");
-    if (makeFoldersBelow(splitPath(trash.folder).folder, root, owner)) {
-        standard = makeTrash(root, owner);
+    return TrashFolder{.items = std::move(items), .notes = {}, .path = path, .topFolder = {}, .user = user};
+}
+
+std::optional<TrashFolder> userTrash(const UserTrash& trash, const User& user) {
+    const ActingAs rights(user);
+    const std::string homePath = splitPath(trash.folder).folder;
+    const posix::Descriptor home = rights ? openFolder(AT_FDCWD, homePath) : posix::Descriptor();
+    if (!home) {
+        return std::nullopt;
     }
-    if (!absent && isFolder(trash.folder) && !(standard && isSameItem(trash.folder, standard->items))) {
-        return TrashFolder{trash.folder, std::nullopt, {}, owner};
+    if (auto plain = plainTrash(home.get(), trash.folder, O_NOFOLLOW, user)) {
+        return plain;
     }
-    if (absent && standard) {
-        linkTrash(trash.folder, standard->items, owner);
+    auto standard = standardTrash(homePath, joinPath(trash.dataHome, "Trash"), user);
+    auto elsewhere = plainTrash(home.get(), trash.folder, 0, user);
+    if (elsewhere && !(standard && isSameFolder(elsewhere->items.get(), standard->items.get()))) {
+        return elsewhere;
+    }
+    if (standard) {
+        const std::string below = joinPath(homePath, "");
+        const std::string target =
+            standard->path.starts_with(below) ? standard->path.substr(below.size()) : standard->path;
+        (void)::symlinkat(target.c_str(), home.get(),
+                          splitPath(trash.folder).name.c_str());  // unless anything is there
     }
     return standard;
 }
 
-std::optional<TrashFolder> fileSystemTrash(const std::string& folder, const std::optional<Owner>& owner) {
-    const std::string top = mountPointOf(folder);
-    if (top.empty() || top == "/") {
-        return std::nullopt;
-    }
-    const std::string user = std::to_string(owner ? owner->user : ::geteuid());
-    std::string root = top + "/.Trash";
+// Made by the superuser where the user may not, in a folder that nobody but the superuser changes: what was made there
+// is what is given away.
+posix::Descriptor folderMadeFor(const Owner& user, int parent, const std::string& name) {
     struct stat status {};
-    const bool shared =
-        ::lstat(root.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && (status.st_mode & S_ISVTX) != 0;
-    root += (shared ? "/" : "-") + user;
-    if (!makePrivateFolder(root, owner)) {
+    if (::fstat(parent, &status) != 0 || status.st_uid != 0 || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 ||
+        ::mkdirat(parent, name.c_str(), S_IRWXU) != 0) {
+        return {};
+    }
+    posix::Descriptor folder = openFolder(parent, name, O_NOFOLLOW);
+    return folder && ::fchownat(folder.get(), "", user.user, user.group, AT_EMPTY_PATH) == 0 ? std::move(folder)
+                                                                                             : posix::Descriptor();
+}
+
+std::optional<TrashFolder> fileSystemTrash(const std::string& topFolder, const User& user) {
+    const std::string number = std::to_string(user ? user->user : ::geteuid());
+    const posix::Descriptor top = openFolder(AT_FDCWD, topFolder);
+    if (!top) {
         return std::nullopt;
     }
-    std::optional<TrashFolder> trash = makeTrash(root, owner);
+    std::string path = joinPath(topFolder, ".Trash/" + number);
+    posix::Descriptor root;
+    const posix::Descriptor shared = openFolder(top.get(), ".Trash", O_NOFOLLOW);
+    struct stat status {};
+    if (shared && ::fstat(shared.get(), &status) == 0 && (status.st_mode & S_ISVTX) != 0) {
+        root = privateFolder(shared.get(), number, user);
+    }
+    if (!root) {
+        path = joinPath(topFolder, ".Trash-" + number);
+        root = privateFolder(top.get(), ".Trash-" + number, user);
+    }
+    if (!root && user) {
+        root = folderMadeFor(*user, top.get(), ".Trash-" + number);
+    }
+    auto trash = root ? makeTrash(root.get(), path, user) : std::nullopt;
     if (trash) {
-        trash->topFolder = top;
+        trash->topFolder = topFolder;
     }
     return trash;
 }
@@ -108,24 +142,29 @@ Failure recycleItem(const std::string& folder, const std::string& name, const Us
     if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
         return fileError("move to the Trash", path, EINVAL);
     }
-    struct stat status {};
     const std::unique_ptr<char, decltype(&std::free)> realFolder(::realpath(folder.c_str(), nullptr), &std::free);
-    if (!realFolder || ::lstat(path.c_str(), &status) != 0) {
+    const posix::Descriptor source = realFolder ? openFolder(AT_FDCWD, realFolder.get()) : posix::Descriptor();
+    struct stat status {};
+    if (!source || ::fstatat(source.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return fileError("move to the Trash", path, errno);
     }
-    const std::string real = joinPath(realFolder.get(), name);
-    const std::optional<Owner> owner = ownerOf(splitPath(trash.folder).folder);
-    const std::optional<TrashFolder> own = userTrash(trash, owner);
-    if (own && areOnSameMount(realFolder.get(), own->items)) {
-        return moveIntoTrash(real, *own);
+    const ItemPlace item{.folder = source.get(), .name = name, .shown = joinPath(realFolder.get(), name)};
+    const User user = userOf(splitPath(trash.folder).folder);
+    const std::optional<TrashFolder> own = userTrash(trash, user);
+    if (own && areOnSameMount(source.get(), own->items.get())) {
+        return moveIntoTrash(item, *own);
     }
-    if (const auto beside = fileSystemTrash(realFolder.get(), owner)) {
-        Failure failed = moveIntoTrash(real, *beside);
-        if (!failed || !own) {
-            return failed;
+    const std::string top = mountPointOf(realFolder.get());
+    const bool isLastResort = !own && user;
+    if (!top.empty() && (top != "/" || isLastResort)) {
+        if (const auto beside = fileSystemTrash(top, user)) {
+            Failure failed = moveIntoTrash(item, *beside);
+            if (!failed || !own) {
+                return failed;
+            }
         }
     }
-    return own ? moveIntoTrash(real, *own) : fileError("find or make the Trash at", trash.folder, EACCES);
+    return own ? moveIntoTrash(item, *own) : fileError("find or make the Trash at", trash.folder, EACCES);
 }
 
 }  // namespace platform::linux_host

@@ -8,12 +8,13 @@
 #include <cerrno>
 #include <cstdio>
 #include <string_view>
+#include <utility>
 
+#include "platform/linux/services/files/ActingAs.h"
 #include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/ItemMover.h"
 #include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/files/Staging.h"
-#include "platform/posix/Descriptor.h"
 
 namespace platform::linux_host {
 
@@ -55,21 +56,28 @@ std::string percentEncoded(const std::string& path) {
 }
 
 // 0 or an errno; EEXIST when there is such a note.
-int writeNote(const std::string& path, const std::string& text, const std::optional<Owner>& owner) {
-    const posix::Descriptor note(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+int writeNote(const TrashFolder& trash, const std::string& name, const std::string& text) {
+    const ActingAs rights(trash.user);
+    if (!rights) {
+        return EPERM;
+    }
+    const posix::Descriptor note(
+        ::openat(trash.notes.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!note) {
         return errno;
     }
     const ssize_t written = ::write(note.get(), text.data(), text.size());
     if (written != static_cast<ssize_t>(text.size())) {
         const int code = written < 0 ? errno : ENOSPC;
-        (void)::unlink(path.c_str());
+        (void)::unlinkat(trash.notes.get(), name.c_str(), 0);
         return code;
     }
-    if (owner) {
-        (void)::fchown(note.get(), owner->user, owner->group);
-    }
     return 0;
+}
+
+void removeNote(const TrashFolder& trash, const std::string& name) {
+    const ActingAs rights(trash.user);
+    (void)::unlinkat(trash.notes.get(), name.c_str(), 0);
 }
 
 std::string notedPath(const std::string& path, const std::string& topFolder) {
@@ -80,62 +88,60 @@ std::string notedPath(const std::string& path, const std::string& topFolder) {
     return path.starts_with(top) ? path.substr(top.size()) : path;
 }
 
-bool exists(const std::string& path) {
+bool exists(const ItemPlace& item) {
     struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0;
+    return ::fstatat(item.folder, item.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-// 0 or an errno, with EEXIST for a name that is taken; nothing has changed then.
-Failure moveUnderName(const std::string& path, const TrashFolder& trash, const std::string& name) {
-    const std::string note = trash.notes ? joinPath(*trash.notes, name) + std::string(noteSuffix) : std::string();
+// Fails with EEXIST for a name that is taken; nothing has changed then.
+Failure moveUnderName(const ItemPlace& item, const TrashFolder& trash, const std::string& name) {
+    const std::string note = name + std::string(noteSuffix);
     if (trash.notes) {
-        const std::string text = trashNote(notedPath(path, trash.topFolder), std::time(nullptr));
-        if (const int code = writeNote(note, text, trash.owner); code != 0) {
-            return fileError("move to the Trash", path, code);
+        const std::string text = trashNote(notedPath(item.shown, trash.topFolder), std::time(nullptr));
+        if (const int code = writeNote(trash, note, text); code != 0) {
+            return fileError("move to the Trash", item.shown, code);
         }
     }
-    const std::string item = joinPath(trash.items, name);
-    Failure failed = moveItem(path, item);
-    if (failed && trash.notes && exists(path)) {
-        (void)::unlink(note.c_str());
+    Failure failed = moveItem(item, {.folder = trash.items.get(), .name = name, .shown = joinPath(trash.path, name)});
+    if (failed && trash.notes && exists(item)) {
+        removeNote(trash, note);
     }
-    if (!failed && trash.owner) {
-        giveTree(item, *trash.owner);
+    if (!failed && trash.user) {
+        giveFolders(trash.items.get(), name, *trash.user);
     }
     return failed;
 }
 
 }  // namespace
 
-bool makePrivateFolder(const std::string& path, const std::optional<Owner>& owner) {
-    const bool made = ::mkdir(path.c_str(), S_IRWXU) == 0;
-    if (!made && errno != EEXIST) {
-        return false;
-    }
-    const posix::Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!folder) {
-        return false;
-    }
-    if (made && owner && ::fchown(folder.get(), owner->user, owner->group) != 0) {
-        return false;
-    }
+bool belongsTo(int folder, const std::optional<Owner>& user) {
     struct stat status {};
-    return ::fstat(folder.get(), &status) == 0 && status.st_uid == (owner ? owner->user : ::geteuid());
+    return ::fstat(folder, &status) == 0 && status.st_uid == (user ? user->user : ::geteuid());
 }
 
-std::optional<TrashFolder> makeTrash(const std::string& trash, const std::optional<Owner>& owner) {
-    TrashFolder made{joinPath(trash, "files"), joinPath(trash, "info"), {}, owner};
-    if (!makePrivateFolder(made.items, owner) || !makePrivateFolder(*made.notes, owner)) {
-        return std::nullopt;
+posix::Descriptor privateFolder(int parent, const std::string& name, const std::optional<Owner>& user) {
+    const ActingAs rights(user);
+    if (!rights || (::mkdirat(parent, name.c_str(), S_IRWXU) != 0 && errno != EEXIST)) {
+        return {};
     }
-    return made;
+    posix::Descriptor folder(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return folder && belongsTo(folder.get(), user) ? std::move(folder) : posix::Descriptor();
 }
 
-Failure moveIntoTrash(const std::string& path, const TrashFolder& trash) {
-    const std::string name = splitPath(path).name;
+std::optional<TrashFolder> makeTrash(int trash, const std::string& path, const std::optional<Owner>& user) {
+    TrashFolder made{.items = privateFolder(trash, "files", user),
+                     .notes = privateFolder(trash, "info", user),
+                     .path = joinPath(path, "files"),
+                     .topFolder = {},
+                     .user = user};
+    return made.items && made.notes ? std::optional(std::move(made)) : std::nullopt;
+}
+
+Failure moveIntoTrash(const ItemPlace& item, const TrashFolder& trash) {
+    const std::string name = splitPath(item.name).name;
     Failure failed;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        failed = moveUnderName(path, trash, trashName(name, attempt));
+        failed = moveUnderName(item, trash, trashName(name, attempt));
         if (!failed || failed->code != EEXIST) {
             return failed;
         }
