@@ -187,6 +187,34 @@ TEST_F(ConsoleUser, IsWhoSitsThereBeforeWhoAskedForTheSuperusersRights) {
               nameOf(binAccount));
 }
 
+TEST_F(ConsoleUser, IsWhoCameInOverTheNetworkAndAskedWhileOnlyAGreeterIsThere) {
+    for (const char* kind : {"greeter", "lock-screen"}) {
+        EXPECT_EQ(consoleUserWith([&](const LoginManager& logins) {
+                      ::setenv("SUDO_UID", "2", 1);
+                      logins.seat("seat0", "c1", daemonAccount);
+                      logins.session("c1", {.kind = kind});
+                      logins.session("7", {.uid = binAccount, .seat = ""});
+                  }),
+                  nameOf(binAccount))
+            << kind;
+    }
+}
+
+TEST_F(ConsoleUser, IsNotWhoSitsAtAnotherSeatWhileTheFirstShowsAGreeter) {
+    const auto prepare = [](const LoginManager& logins) {
+        logins.seat("seat0", "c1", daemonAccount);
+        logins.session("c1", {.kind = "greeter"});
+        logins.seat("seat1", "5", binAccount);
+        logins.session("5", {.uid = binAccount, .seat = "seat1"});
+    };
+    EXPECT_EQ(consoleUserWith(prepare), "loginwindow");
+    EXPECT_EQ(consoleUserWith([&](const LoginManager& logins) {
+                  ::setenv("SUDO_UID", "1", 1);
+                  prepare(logins);
+              }),
+              nameOf(daemonAccount));
+}
+
 TEST_F(ConsoleUser, IsNeverTheSuperuserForHavingAskedHimselfNorATextThatIsNoNumber) {
     for (const char* value : {"0", "", "-1", "1x", "99999999999999999999", " 1"}) {
         EXPECT_EQ(consoleUserWith([&](const LoginManager&) { ::setenv("SUDO_UID", value, 1); }), "none") << value;

@@ -14,6 +14,8 @@ namespace platform::linux_host {
 
 namespace {
 
+constexpr const char* loginScreen = "loginwindow";
+
 struct Free {
     void operator()(void* memory) const noexcept { std::free(memory); }
 };
@@ -32,7 +34,7 @@ std::optional<std::string> userOfSession(const char* session) {
     const CString owned(text);
     const std::string_view kind = text;
     if (kind == "greeter" || kind == "lock-screen") {
-        return "loginwindow";
+        return loginScreen;
     }
     uid_t uid = 0;
     if (!kind.starts_with("user") || ::sd_session_get_uid(session, &uid) < 0) {
@@ -98,12 +100,16 @@ std::optional<std::string> userWhoAskedForRights() {
 }  // namespace
 
 std::optional<std::string> consoleUser() {
-    for (const auto ask : {userOfFirstSeat, userOfAnySeat, userWhoAskedForRights}) {
-        if (auto user = ask()) {
-            return user;
+    auto user = userOfFirstSeat();
+    if (!user) {
+        user = userOfAnySeat();
+    }
+    if (!user || user == loginScreen) {
+        if (auto asking = userWhoAskedForRights()) {
+            return asking;
         }
     }
-    return std::nullopt;
+    return user;
 }
 
 }  // namespace platform::linux_host
