@@ -5,7 +5,9 @@
 #include <sys/un.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
+#include <thread>
 
 #include "platform/posix/Descriptor.h"
 #include "tests/linux/FilesFixture.h"
@@ -303,6 +305,33 @@ TEST_F(Copying, DestinationFolderThatMayNotBeWrittenToFails) {
     ASSERT_TRUE(failed);
     EXPECT_EQ(failed->code, EACCES);
     EXPECT_NE(failed->description.find(at("closed/to")), std::string::npos);
+}
+
+TEST_F(Copying, StaysInTheFolderThatItBeganInWhenALinkIsSwappedIntoTheWay) {
+    makeFolder("from/sub");
+    write("from/sub/file", "x");
+    makeFolder("into");
+    makeFolder("elsewhere");
+    link("link", "elsewhere");
+    std::atomic<bool> over{false};
+    std::thread swapping([&] {
+        while (!over) {
+            (void)::renameat2(AT_FDCWD, at("into").c_str(), AT_FDCWD, at("link").c_str(), RENAME_EXCHANGE);
+        }
+    });
+    constexpr int count = 500;
+    for (int i = 0; i < count; ++i) {
+        const auto failed = copyItem(at("from"), at("into/copy" + std::to_string(i)));
+        EXPECT_FALSE(failed) << failed->description;
+    }
+    over = true;
+    swapping.join();
+    std::vector<std::string> found = names("elsewhere");
+    for (const std::string& name : names(std::filesystem::is_symlink(at("into")) ? "link" : "into")) {
+        found.push_back(name);
+    }
+    EXPECT_EQ(found.size(), static_cast<std::size_t>(count));
+    EXPECT_TRUE(std::ranges::all_of(found, [](const auto& name) { return name.starts_with("copy"); }));
 }
 
 // In memory where possible: making 10,000 levels is a matter of minutes for some disks. Made and measured through

@@ -33,6 +33,74 @@ TEST_F(Files, LockedFileCanNeitherBeRemovedNorReplacedUntilItIsUnlocked) {
     EXPECT_FALSE(m_files.removeItem(at("file")));
 }
 
+TEST_F(Files, PathWithANulInItNamesNothing) {
+    write("file", "x");
+    makeFolder("folder");
+    link("link", "file");
+    using namespace std::string_literals;
+    for (const std::string& path : {at("file\0x"s), at("folder\0x"s), at("link\0x"s), "/\0x"s}) {
+        EXPECT_FALSE(m_files.fileExists(path));
+        EXPECT_FALSE(m_files.isFolder(path));
+        EXPECT_FALSE(m_files.isWritable(path));
+        EXPECT_FALSE(m_files.isExecutable(path));
+        EXPECT_FALSE(m_files.identity(path));
+        EXPECT_FALSE(m_files.attributes(path));
+        EXPECT_FALSE(m_files.destinationOfSymbolicLink(path));
+        EXPECT_FALSE(m_files.contentsOfDirectory(path));
+        EXPECT_FALSE(m_files.visitDirectory(path, platform::VisitSizes::no, [](const auto&) { FAIL(); }));
+        EXPECT_FALSE(m_files.readFile(path, 100));
+        EXPECT_FALSE(m_files.openForAppending(path));
+    }
+}
+
+TEST_F(Files, PathWithANulInItIsRefusedWhereSomethingWouldChange) {
+    using namespace std::string_literals;
+    write("file", "x");
+    const std::string path = at("file\0x"s);
+    const std::string fresh = at("fresh\0x"s);
+    EXPECT_EQ(m_files.removeItem(path)->code, EINVAL);
+    EXPECT_EQ(m_files.createDirectory(fresh, Intermediates::no)->code, EINVAL);
+    EXPECT_EQ(m_files.createDirectory(fresh, Intermediates::yes)->code, EINVAL);
+    EXPECT_EQ(m_files.copyItem(path, at("copy"))->code, EINVAL);
+    EXPECT_EQ(m_files.copyItem(at("file"), fresh)->code, EINVAL);
+    EXPECT_EQ(m_files.moveItem(path, at("moved"))->code, EINVAL);
+    EXPECT_EQ(m_files.moveItem(at("file"), fresh)->code, EINVAL);
+    EXPECT_EQ(m_files.setImmutable(path, true)->code, EINVAL);
+    EXPECT_EQ(m_files.setPermissions(path, 0)->code, EINVAL);
+    EXPECT_EQ(m_files.setCreationDate(path, {})->code, EINVAL);
+    EXPECT_EQ(m_files.writeAtomically(path, "new")->code, EINVAL);
+    EXPECT_EQ(names("."), std::vector<std::string>{"file"});
+    EXPECT_EQ(read("file"), "x");
+}
+
+TEST_F(Files, ReplacementIsClosedToOthersUntilItIsComplete) {
+    write("secret", "old");
+    setMode("secret", 0600);
+    const std::string contents(std::size_t{32} << 20U, 'x');
+    std::atomic<bool> over{false};
+    std::atomic<unsigned> granted{0};
+    std::atomic<int> looks{0};
+    std::thread observer([&] {
+        while (!over) {
+            for (const auto& name : names(".")) {
+                struct stat status {};
+                if (name.starts_with(".wickfield-") && ::lstat(at(name).c_str(), &status) == 0) {
+                    granted |= status.st_mode & 0077U;
+                    ++looks;
+                }
+            }
+        }
+    });
+    for (int i = 0; i < 50 && looks < 10; ++i) {
+        EXPECT_FALSE(m_files.writeAtomically(at("secret"), contents));
+    }
+    over = true;
+    observer.join();
+    EXPECT_GE(looks, 10);
+    EXPECT_EQ(granted, 0U);
+    EXPECT_EQ(status("secret").st_mode & 0777U, 0600U);
+}
+
 TEST_F(Files, LockOfALinkLeavesItsTargetAlone) {
     write("file", "x");
     link("link", "file");

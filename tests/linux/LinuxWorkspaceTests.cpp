@@ -146,6 +146,7 @@ TEST_F(Workspace, AddressGoesToTheDesktopsOwnTool) {
     EXPECT_EQ(read("seen"), "https://example.com/?a=b&c");
     EXPECT_FALSE(m_workspace.openURL("--version"));
     EXPECT_FALSE(m_workspace.openURL(""));
+    EXPECT_FALSE(m_workspace.openURL(std::string("https://example.com/\0x", 22)));
 }
 
 TEST_F(Workspace, AddressIsNotOpenedWithoutADesktop) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/linux/services/files/FileErrors.h"
+#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/files/Staging.h"
 #include "platform/posix/Descriptor.h"
 
@@ -77,7 +78,8 @@ Failure replaceFile(const std::string& path, std::string_view contents) {
     }
     const std::string target = exists ? behindLinks(path) : path;
     const std::string staged = stagedSibling(target);
-    posix::Descriptor file(::open(staged.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    const mode_t mode = exists ? 0600 : 0666;  // nobody reads more of it than of the file that it replaces
+    posix::Descriptor file(::open(staged.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
     if (!file) {
         return fileError("write", path, errno);
     }
@@ -100,7 +102,7 @@ Failure replaceFile(const std::string& path, std::string_view contents) {
 }
 
 std::optional<std::string> readWholeFile(const std::string& path, std::uint64_t limit) {
-    const posix::Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const posix::Descriptor file(::open(systemPath(path), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return std::nullopt;
@@ -136,7 +138,7 @@ std::optional<std::string> readWholeFile(const std::string& path, std::uint64_t 
 }
 
 std::unique_ptr<FileManager::AppendHandle> openAppendHandle(const std::string& path) {
-    posix::Descriptor file(::open(path.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC));
+    posix::Descriptor file(::open(systemPath(path), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC));
     if (!file || ::fcntl(file.get(), F_SETFL, O_APPEND) != 0) {
         return nullptr;
     }

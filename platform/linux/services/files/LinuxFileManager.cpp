@@ -62,7 +62,7 @@ std::optional<Date> storedCreationDate(const std::string& path) {
 }
 
 bool isAccessible(const std::string& path, int mode) {
-    return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+    return ::faccessat(AT_FDCWD, systemPath(path), mode, AT_EACCESS) == 0;
 }
 
 int makeFolder(const std::string& path) { return ::mkdir(path.c_str(), 0777) == 0 ? 0 : errno; }
@@ -89,11 +89,13 @@ int makeFolders(const std::string& path, LinuxFileManager& files) {
 
 }  // namespace
 
-bool LinuxFileManager::fileExists(const std::string& path) { return ::faccessat(AT_FDCWD, path.c_str(), F_OK, 0) == 0; }
+bool LinuxFileManager::fileExists(const std::string& path) {
+    return ::faccessat(AT_FDCWD, systemPath(path), F_OK, 0) == 0;
+}
 
 bool LinuxFileManager::isFolder(const std::string& path) {
     struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    return ::stat(systemPath(path), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 bool LinuxFileManager::isWritable(const std::string& path) { return isAccessible(path, W_OK); }
@@ -102,7 +104,7 @@ bool LinuxFileManager::isExecutable(const std::string& path) { return isAccessib
 
 std::optional<FileIdentity> LinuxFileManager::identity(const std::string& path) {
     struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) {
+    if (::stat(systemPath(path), &status) != 0) {
         return std::nullopt;
     }
     return FileIdentity{status.st_dev, status.st_ino};
@@ -110,7 +112,7 @@ std::optional<FileIdentity> LinuxFileManager::identity(const std::string& path) 
 
 std::optional<FileAttributes> LinuxFileManager::attributes(const std::string& path) {
     struct statx status {};
-    if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+    if (::statx(AT_FDCWD, systemPath(path), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
         return std::nullopt;
     }
     FileAttributes attributes;
@@ -128,11 +130,11 @@ std::optional<FileAttributes> LinuxFileManager::attributes(const std::string& pa
 
 std::optional<std::string> LinuxFileManager::destinationOfSymbolicLink(const std::string& path) {
     std::string target;
-    return readLink(AT_FDCWD, path, target) == 0 ? std::optional(std::move(target)) : std::nullopt;
+    return readLink(AT_FDCWD, systemPath(path), target) == 0 ? std::optional(std::move(target)) : std::nullopt;
 }
 
 std::optional<std::vector<DirectoryEntry>> LinuxFileManager::contentsOfDirectory(const std::string& path) {
-    const posix::Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const posix::Descriptor folder(::open(systemPath(path), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     std::vector<DirectoryEntry> entries;
     if (!folder || listFolder(folder.get(), entries) != 0) {
         return std::nullopt;
@@ -142,7 +144,7 @@ std::optional<std::vector<DirectoryEntry>> LinuxFileManager::contentsOfDirectory
 
 bool LinuxFileManager::visitDirectory(const std::string& path, VisitSizes sizes,
                                       const std::function<void(const VisitedEntry&)>& visit) {
-    const posix::Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const posix::Descriptor folder(::open(systemPath(path), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return folder && visitFolder(folder.get(), sizes, visit) == 0;
 }
 

@@ -63,6 +63,10 @@ bool startDetached(const std::vector<std::string>& command) {
     }
     const posix::Descriptor readEnd(ends[0]);
     posix::Descriptor writeEnd(ends[1]);
+    const auto holdsNul = [](const std::string& word) { return word.find('\0') != std::string::npos; };
+    if (std::any_of(command.begin(), command.end(), holdsNul)) {
+        return false;  // the system would cut the word short
+    }
     std::vector<char*> arguments;
     arguments.reserve(command.size() + 1);
     for (const std::string& word : command) {
