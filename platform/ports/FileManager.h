@@ -8,8 +8,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "platform/ports/Date.h"
@@ -93,6 +95,22 @@ public:
     virtual Failure setImmutable(const std::string& path, bool immutable) = 0;
     virtual Failure setPermissions(const std::string& path, unsigned permissions) = 0;
     virtual Failure setCreationDate(const std::string& path, Date date) = 0;
+    virtual Failure setModificationDate(const std::string& path, Date date) = 0;  // follows a final link
+
+    // Extended attributes by the name that people know them by; a host that wants a prefix puts it in front. Both
+    // follow a final symbolic link.
+    //
+    // The size of the value in bytes. The value goes into `room`; without any room it is only measured, and room that
+    // is too small is an error.
+    virtual std::variant<std::size_t, Error> readExtendedAttribute(const std::string& path, const std::string& name,
+                                                                   std::span<char> room) = 0;
+    virtual Failure setExtendedAttribute(const std::string& path, const std::string& name,
+                                         std::span<const char> value) = 0;
+
+    // The label that people see as a colour: 0 for none, 1 to 7, of the item itself, a link not followed. None when
+    // there is no item. Setting any other number fails.
+    virtual std::optional<int> labelNumber(const std::string& path) = 0;
+    virtual Failure setLabelNumber(const std::string& path, long number) = 0;
 
     // Replaces or creates the file in one step: a reader sees the old contents or the new ones.
     virtual Failure writeAtomically(const std::string& path, std::string_view contents) = 0;

@@ -38,6 +38,10 @@ public:
 
     // Opens the addresses with the application and returns without waiting for it; false when it could not be started.
     virtual bool openURLs(const std::vector<std::string>& urls, const std::string& identifier) = 0;
+
+    // Makes the application bundle known, so that it is found by its identifier and offered to the user; again after
+    // it has changed or moved. Fails for what is no application with an identifier.
+    virtual Failure registerApplication(const std::string& bundlePath) = 0;
 };
 
 }  // namespace platform

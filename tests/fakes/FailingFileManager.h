@@ -32,6 +32,11 @@ public:
         setImmutable,
         setPermissions,
         setCreationDate,
+        setModificationDate,
+        readExtendedAttribute,
+        setExtendedAttribute,
+        labelNumber,
+        setLabelNumber,
         writeAtomically,
         readFile,
         openForAppending,
@@ -39,7 +44,7 @@ public:
     struct Call {
         Operation operation;
         std::string path;       // the first of two
-        std::string otherPath;  // the destination of a copy or a move
+        std::string otherPath;  // the destination of a copy or a move, the name of an attribute
         friend bool operator==(const Call&, const Call&) = default;
     };
     // The error number to fail with; none lets the operation through. May throw.
@@ -116,6 +121,29 @@ public:
     platform::Failure setCreationDate(const std::string& path, platform::Date date) override {
         const auto refused = refusal(Operation::setCreationDate, path);
         return refused ? refused : m_real.setCreationDate(path, date);
+    }
+    platform::Failure setModificationDate(const std::string& path, platform::Date date) override {
+        const auto refused = refusal(Operation::setModificationDate, path);
+        return refused ? refused : m_real.setModificationDate(path, date);
+    }
+    std::variant<std::size_t, platform::Error> readExtendedAttribute(const std::string& path, const std::string& name,
+                                                                     std::span<char> room) override {
+        if (const auto refused = refusal(Operation::readExtendedAttribute, path, name)) {
+            return *refused;
+        }
+        return m_real.readExtendedAttribute(path, name, room);
+    }
+    platform::Failure setExtendedAttribute(const std::string& path, const std::string& name,
+                                           std::span<const char> value) override {
+        const auto refused = refusal(Operation::setExtendedAttribute, path, name);
+        return refused ? refused : m_real.setExtendedAttribute(path, name, value);
+    }
+    std::optional<int> labelNumber(const std::string& path) override {
+        return refusal(Operation::labelNumber, path) ? std::nullopt : m_real.labelNumber(path);
+    }
+    platform::Failure setLabelNumber(const std::string& path, long number) override {
+        const auto refused = refusal(Operation::setLabelNumber, path);
+        return refused ? refused : m_real.setLabelNumber(path, number);
     }
     platform::Failure writeAtomically(const std::string& path, std::string_view contents) override {
         const auto refused = refusal(Operation::writeAtomically, path);

@@ -1,5 +1,6 @@
 #include "tests/fakes/FakeFileManager.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -295,6 +296,76 @@ Failure FakeFileManager::setCreationDate(const std::string& path, platform::Date
         return error(ENOENT, path);
     }
     node->creationDate = date;
+    return {};
+}
+
+Failure FakeFileManager::setModificationDate(const std::string& path, platform::Date date) {
+    const std::lock_guard guard(m_lock);
+    if (Failure failed = begin("setModificationDate", path)) {
+        return failed;
+    }
+    Node* node = findFollowed(path);
+    if (node == nullptr) {
+        return error(ENOENT, path);
+    }
+    node->modificationDate = date;
+    return {};
+}
+
+std::variant<std::size_t, Error> FakeFileManager::readExtendedAttribute(const std::string& path,
+                                                                        const std::string& name, std::span<char> room) {
+    const std::lock_guard guard(m_lock);
+    const Node* node = findFollowed(path);
+    if (node == nullptr) {
+        return error(ENOENT, path);
+    }
+    const auto found = node->extendedAttributes.find(name);
+    if (found == node->extendedAttributes.end()) {
+        return error(ENODATA, path);
+    }
+    if (!room.empty() && room.size() < found->second.size()) {
+        return error(ERANGE, path);
+    }
+    std::copy_n(found->second.begin(), std::min(room.size(), found->second.size()), room.begin());
+    return found->second.size();
+}
+
+Failure FakeFileManager::setExtendedAttribute(const std::string& path, const std::string& name,
+                                              std::span<const char> value) {
+    const std::lock_guard guard(m_lock);
+    if (Failure failed = begin("setExtendedAttribute", path, name)) {
+        return failed;
+    }
+    Node* node = findFollowed(path);
+    if (node == nullptr) {
+        return error(ENOENT, path);
+    }
+    if (name.empty() || name.find('\0') != std::string::npos) {
+        return error(EINVAL, path);
+    }
+    node->extendedAttributes[name].assign(value.begin(), value.end());
+    return {};
+}
+
+std::optional<int> FakeFileManager::labelNumber(const std::string& path) {
+    const std::lock_guard guard(m_lock);
+    const Node* node = find(path);
+    return node == nullptr ? std::nullopt : std::optional(node->label);
+}
+
+Failure FakeFileManager::setLabelNumber(const std::string& path, long number) {
+    const std::lock_guard guard(m_lock);
+    if (Failure failed = begin("setLabelNumber", path)) {
+        return failed;
+    }
+    Node* node = find(path);
+    if (node == nullptr || node->type == FileType::symbolicLink) {
+        return error(node == nullptr ? ENOENT : EPERM, path);
+    }
+    if (number < 0 || number > 7) {
+        return error(EINVAL, path);
+    }
+    node->label = static_cast<int>(number);
     return {};
 }
 

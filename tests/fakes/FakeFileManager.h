@@ -21,6 +21,8 @@ public:
         bool immutable = false;
         platform::Date modificationDate;
         std::optional<platform::Date> creationDate;
+        std::map<std::string, std::string> extendedAttributes = {};
+        int label = 0;
         std::uint64_t inode = 0;
     };
 
@@ -52,6 +54,13 @@ public:
     platform::Failure setImmutable(const std::string& path, bool immutable) override;
     platform::Failure setPermissions(const std::string& path, unsigned permissions) override;
     platform::Failure setCreationDate(const std::string& path, platform::Date date) override;
+    platform::Failure setModificationDate(const std::string& path, platform::Date date) override;
+    std::variant<std::size_t, platform::Error> readExtendedAttribute(const std::string& path, const std::string& name,
+                                                                     std::span<char> room) override;
+    platform::Failure setExtendedAttribute(const std::string& path, const std::string& name,
+                                           std::span<const char> value) override;
+    std::optional<int> labelNumber(const std::string& path) override;
+    platform::Failure setLabelNumber(const std::string& path, long number) override;
     platform::Failure writeAtomically(const std::string& path, std::string_view contents) override;
     std::optional<std::string> readFile(const std::string& path, std::uint64_t limit) override;
     std::unique_ptr<AppendHandle> openForAppending(const std::string& path) override;

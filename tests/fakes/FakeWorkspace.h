@@ -28,6 +28,8 @@ public:
     bool opens = true;
     std::vector<std::string> openedURLs;
     std::map<std::string, std::string> applications;  // paths by identifier
+    platform::Failure registerFailure;
+    std::vector<std::string> registered;
 
     bool isFilePackage(const std::string& path) override { return packages.contains(path); }
 
@@ -66,6 +68,10 @@ public:
     bool openURLs(const std::vector<std::string>& urls, const std::string& identifier) override {
         openedURLs.insert(openedURLs.end(), urls.begin(), urls.end());
         return opens && applications.contains(identifier);
+    }
+    platform::Failure registerApplication(const std::string& bundlePath) override {
+        registered.push_back(bundlePath);
+        return registerFailure;
     }
 };
 

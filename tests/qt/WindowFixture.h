@@ -36,6 +36,7 @@ public:
     }
     std::optional<std::string> applicationWithIdentifier(const std::string&) override { return std::nullopt; }
     bool openURLs(const std::vector<std::string>&, const std::string&) override { return false; }
+    platform::Failure registerApplication(const std::string&) override { return {}; }
 };
 
 class RecordingDelegate : public platform::ApplicationDelegate {

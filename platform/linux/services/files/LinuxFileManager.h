@@ -29,6 +29,15 @@ public:
     Failure setImmutable(const std::string& path, bool immutable) override;
     Failure setPermissions(const std::string& path, unsigned permissions) override;
     Failure setCreationDate(const std::string& path, Date date) override;
+    Failure setModificationDate(const std::string& path, Date date) override;
+
+    // In LinuxFileMetadata.cpp.
+    std::variant<std::size_t, Error> readExtendedAttribute(const std::string& path, const std::string& name,
+                                                           std::span<char> room) override;
+    Failure setExtendedAttribute(const std::string& path, const std::string& name,
+                                 std::span<const char> value) override;
+    std::optional<int> labelNumber(const std::string& path) override;
+    Failure setLabelNumber(const std::string& path, long number) override;
 
     Failure writeAtomically(const std::string& path, std::string_view contents) override;
     std::optional<std::string> readFile(const std::string& path, std::uint64_t limit) override;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "platform/linux/services/files/PathParts.h"
+#include "platform/linux/services/workspace/ApplicationEntry.h"
 #include "platform/linux/services/workspace/DesktopEntries.h"
 #include "platform/linux/services/workspace/DetachedProcess.h"
 #include "platform/linux/services/workspace/Mounts.h"
@@ -65,6 +66,10 @@ std::optional<std::string> LinuxWorkspace::applicationWithIdentifier(const std::
 bool LinuxWorkspace::openURLs(const std::vector<std::string>& urls, const std::string& identifier) {
     const auto entry = findDesktopEntry(identifier, dataFolders());
     return entry && startDetached(commandLine(*entry, urls));
+}
+
+Failure LinuxWorkspace::registerApplication(const std::string& bundlePath) {
+    return writeApplicationEntry(bundlePath, dataFolders().front());
 }
 
 std::vector<std::string> LinuxWorkspace::dataFolders() {

@@ -24,6 +24,7 @@ public:
     bool openURL(const std::string& url) override;
     std::optional<std::string> applicationWithIdentifier(const std::string& identifier) override;
     bool openURLs(const std::vector<std::string>& urls, const std::string& identifier) override;
+    Failure registerApplication(const std::string& bundlePath) override;
 
     unsigned long droppedHints() const { return m_droppedHints; }
 
