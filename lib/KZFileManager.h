@@ -5,6 +5,9 @@
 
 #include "lib/KZFileManager/BulkMutations.h"
 #include "lib/KZFileManager/FileReference.h"
+#include "lib/KZFileManager/Hashing.h"
+#include "lib/KZFileManager/Metadata.h"
 #include "lib/KZFileManager/Mutations.h"
 #include "lib/KZFileManager/Names.h"
 #include "lib/KZFileManager/Queries.h"
+#include "lib/KZFileManager/Waiting.h"
