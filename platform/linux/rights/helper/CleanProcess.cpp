@@ -9,16 +9,19 @@
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
 
 namespace platform::rights {
 
 namespace {
 
-void closeDescriptors() {
+void setStandardStreams() {
     const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    ::dup2(nowhere, STDOUT_FILENO);
-    ::dup2(nowhere, STDERR_FILENO);
-    ::close_range(STDERR_FILENO + 1, ~0U, 0);
+    if (nowhere < 0 || ::dup2(nowhere, STDOUT_FILENO) < 0 || ::dup2(nowhere, STDERR_FILENO) < 0) {
+        std::abort();
+    }
 }
 
 void setEnvironment() {
@@ -60,10 +63,28 @@ void setSignals() {
 
 }  // namespace
 
+void closeDescriptorsFrom(int first, RangeCloser closeRange) {
+    if (closeRange(static_cast<unsigned>(first), ~0U, 0) == 0) {
+        return;
+    }
+    // The folder's own descriptor is among the numbers, so they are collected before any is closed.
+    std::vector<int> numbers;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        numbers.push_back(std::stoi(entry.path().filename().string()));
+    }
+    for (const int number : numbers) {
+        if (number >= first) {
+            ::close(number);
+        }
+    }
+}
+
+// The limits come first, as what follows needs a descriptor.
 void cleanProcess() {
-    closeDescriptors();
-    setEnvironment();
     setLimits();
+    setStandardStreams();
+    closeDescriptorsFrom(STDERR_FILENO + 1);
+    setEnvironment();
     setSignals();
     ::umask(S_IWGRP | S_IWOTH);
     if (::chdir("/") != 0) {

@@ -2,6 +2,10 @@
 
 #include <fcntl.h>
 #include <linux/landlock.h>
+#include <linux/magic.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -11,16 +15,44 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/rights/helper/PathWalk.h"
+
 namespace platform::rights {
 
 namespace {
 
-struct FileCommand {
-    std::string_view tool;
-    std::size_t items;  // how many of the last arguments are paths
+using Rights = std::uint64_t;
+using Ends = PathWalk::Ends;
+
+constexpr Rights truncation = Rights{1} << 14U;  // LANDLOCK_ACCESS_FS_TRUNCATE of newer headers
+constexpr Rights reading = LANDLOCK_ACCESS_FS_READ_FILE;
+constexpr Rights removal = LANDLOCK_ACCESS_FS_REMOVE_DIR | LANDLOCK_ACCESS_FS_REMOVE_FILE;
+constexpr Rights writing = LANDLOCK_ACCESS_FS_WRITE_FILE | truncation | LANDLOCK_ACCESS_FS_MAKE_REG;
+constexpr Rights copying = removal | writing | LANDLOCK_ACCESS_FS_MAKE_CHAR | LANDLOCK_ACCESS_FS_MAKE_DIR |
+                           LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO | LANDLOCK_ACCESS_FS_MAKE_BLOCK |
+                           LANDLOCK_ACCESS_FS_MAKE_SYM;
+constexpr Rights changes = copying | LANDLOCK_ACCESS_FS_REFER;
+
+struct Operand {
+    Ends ends;
+    Rights needs;  // 0: it is only read
 };
 
-constexpr std::array<FileCommand, 5> fileCommands{{{"rm", 1}, {"mv", 2}, {"cp", 2}, {"mkdir", 1}, {"touch", 1}}};
+struct FileCommand {
+    std::string_view tool;
+    std::array<Operand, 2> operands;  // the last arguments
+    std::size_t count;
+    bool setsAttributes;  // modes, owners or times, by path
+};
+
+// Both sides of a move have the same rights, or the kernel would not let anything be renamed from one to the other.
+constexpr std::array<FileCommand, 5> fileCommands{{
+    {"rm", {{{Ends::atParent, removal}}}, 1, false},
+    {"mv", {{{Ends::atParent, changes}, {Ends::atFolder, changes}}}, 2, true},
+    {"cp", {{{Ends::atParent, 0}, {Ends::atFolder, copying}}}, 2, true},
+    {"mkdir", {{{Ends::atDeepest, LANDLOCK_ACCESS_FS_MAKE_DIR}}}, 1, false},
+    {"touch", {{{Ends::atFolder, writing}}}, 1, true},
+}};
 
 const FileCommand* fileCommandOf(std::string_view tool) {
     const std::size_t name = tool.rfind('/') + 1;
@@ -32,45 +64,175 @@ const FileCommand* fileCommandOf(std::string_view tool) {
     return found != fileCommands.end() ? found : nullptr;
 }
 
+Rights knownTo(int version) {
+    constexpr int knowsRefer = 2;
+    constexpr int knowsTruncation = 3;
+    Rights known = changes | reading;
+    if (version < knowsRefer) {
+        known &= ~Rights{LANDLOCK_ACCESS_FS_REFER};
+    }
+    if (version < knowsTruncation) {
+        known &= ~truncation;
+    }
+    return version < 1 ? 0 : known;
+}
+
+// The program that will run must be the system's, whatever else stands under its name.
+int checkTool(const std::string& path) {
+    const auto found = walk(path, Ends::atFolder);
+    if (const int* error = std::get_if<int>(&found)) {
+        return *error;
+    }
+    const auto& tool = std::get<PathWalk>(found);
+    if (!tool.item) {
+        return ENOENT;
+    }
+    const bool isOurs = S_ISREG(tool.item->st_mode) && tool.item->st_uid == 0 &&
+                        (tool.item->st_mode & (S_IWGRP | S_IWOTH)) == 0 && tool.isRootsOwn;
+    return isOurs ? 0 : EPERM;
+}
+
+// What a move replaces is the item that stands there, a link too, unless it leads to a folder.
+std::variant<PathWalk, int> walkToOperand(const std::string& path, const Operand& operand, bool isMove) {
+    auto found = walk(path, operand.ends);
+    const auto* end = std::get_if<PathWalk>(&found);
+    if (isMove && operand.ends == Ends::atFolder && end != nullptr && !end->endsInFolder()) {
+        return walk(path, Ends::atParent);
+    }
+    return found;
+}
+
+// One folder that holds the other would leave whoever rules that one free to lead the tool about in the first.
+bool reachesInto(const PathWalk& outer, const PathWalk& inner) {
+    const bool sameRuler = outer.ruler && outer.ruler == inner.ruler;
+    return !inner.isRootsOwn && !sameRuler && isBelow(inner.folder, outer.folder) &&
+           !isBelow(outer.folder, inner.folder);
+}
+
+// Whether the kernel moves an item from one folder to the other without copying it.
+bool canRename(const PathWalk& from, const PathWalk& to) {
+    struct statx source {};
+    struct statx target {};
+    struct statfs system {};
+    constexpr unsigned wanted = STATX_INO | STATX_MNT_ID;
+    return ::statx(from.folder.get(), "", AT_EMPTY_PATH, wanted, &source) == 0 &&
+           ::statx(to.folder.get(), "", AT_EMPTY_PATH, wanted, &target) == 0 &&
+           ::fstatfs(from.folder.get(), &system) == 0 && system.f_type != OVERLAYFS_SUPER_MAGIC &&
+           source.stx_mnt_id == target.stx_mnt_id && source.stx_dev_major == target.stx_dev_major &&
+           source.stx_dev_minor == target.stx_dev_minor;
+}
+
+// What a tool reads to get going.
+void addSystemPlaces(Confinement& confinement) {
+    for (const char* place : {"/usr", "/bin", "/lib", "/lib32", "/lib64", "/etc/ld.so.cache"}) {
+        confinement.add(posix::Descriptor(::open(place, O_PATH | O_CLOEXEC)), reading);
+    }
+}
+
+class Plan {
+public:
+    Plan(const FileCommand& command, int landlock) : m_command(command), m_known(knownTo(landlock)) {}
+
+    int lookAt(const std::vector<std::string>& command) {
+        const std::size_t first = command.size() - m_command.count;
+        for (std::size_t i = 0; i < m_command.count; ++i) {
+            auto found = walkToOperand(command[first + i], m_command.operands[i], isMove());
+            if (const int* error = std::get_if<int>(&found)) {
+                return *error;
+            }
+            m_walks.push_back(std::move(std::get<PathWalk>(found)));
+        }
+        const bool isSafe = std::ranges::all_of(m_walks, &PathWalk::isRootsOwn);
+        const bool isTangled =
+            isMove() && (reachesInto(m_walks.front(), m_walks.back()) || reachesInto(m_walks.back(), m_walks.front()));
+        return (m_known == 0 && !isSafe) || isTangled ? EPERM : 0;
+    }
+
+    std::variant<std::optional<Confinement>, int> confinement() {
+        Confinement made;
+        const bool guardsReading = m_walks.size() > 1 && !m_walks.front().isRootsOwn;
+        made.watched = (changes | (guardsReading ? reading : 0)) & m_known;
+        if (guardsReading) {
+            addSystemPlaces(made);
+        }
+        const bool needsShield = m_command.setsAttributes && !m_walks.back().isRootsOwn && !isRename();
+        std::vector<int> changed;
+        for (std::size_t i = 0; i < m_walks.size(); ++i) {
+            const Rights needs = m_command.operands[i].needs;
+            if (needs != 0) {
+                changed.push_back(m_walks[i].folder.get());
+            }
+            const Rights allowed = needs == 0 || isMove() ? needs | reading : needs;
+            made.add(std::move(m_walks[i].folder), allowed);
+        }
+        if (needsShield && !(made.shield = MountShield::around(changed))) {
+            return EACCES;
+        }
+        return made;
+    }
+
+private:
+    bool isMove() const { return m_command.tool == "mv"; }
+    bool isRename() const {
+        return isMove() && (m_known & LANDLOCK_ACCESS_FS_REFER) != 0 && canRename(m_walks.front(), m_walks.back());
+    }
+
+    const FileCommand& m_command;
+    const Rights m_known;
+    std::vector<PathWalk> m_walks;
+};
+
+// Tools need no more rights on their way than they are given, and Landlock asks for this where root is not all-mighty.
+bool giveUpMoreRights() { return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0; }
+
 }  // namespace
 
-std::variant<std::optional<Confinement>, int> confinementFor(const std::vector<std::string>& command) {
-    const FileCommand* const tool = fileCommandOf(command.front());
+void Confinement::add(posix::Descriptor item, std::uint64_t allowed) {
+    if (item && (allowed & watched) != 0) {
+        places.push_back({std::move(item), allowed & watched});
+    }
+}
+
+int landlockVersion() {
+    static const long version = ::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
+    return static_cast<int>(std::max(version, 0L));
+}
+
+std::variant<std::optional<Confinement>, int> confinementFor(const std::vector<std::string>& command, int landlock) {
+    const FileCommand* const tool = command.empty() ? nullptr : fileCommandOf(command.front());
     if (tool == nullptr) {
         return std::nullopt;
     }
-    if (command.size() <= tool->items) {
+    if (command.size() <= tool->count) {
         return EINVAL;
     }
-    Confinement confinement;
-    for (std::size_t i = command.size() - tool->items; i < command.size(); ++i) {
-        std::string folder = command[i];
-        posix::Descriptor opened;
-        while (!opened && folder.size() > 1) {
-            folder.resize(std::max<std::size_t>(folder.rfind('/'), 1));
-            opened.reset(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-        }
-        if (!opened) {
-            return errno;
-        }
-        confinement.folders.push_back(std::move(opened));
+    Plan plan(*tool, landlock);
+    int error = checkTool(command.front());
+    if (error == 0) {
+        error = plan.lookAt(command);
     }
-    return confinement;
+    if (error != 0) {
+        return error;
+    }
+    return plan.confinement();
 }
 
+// The descriptor that is opened here closes when the tool takes over.
 int enterConfinement(const Confinement& confinement) noexcept {
-    constexpr __u64 changes = LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_REMOVE_DIR |
-                              LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_CHAR |
-                              LANDLOCK_ACCESS_FS_MAKE_DIR | LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_MAKE_SOCK |
-                              LANDLOCK_ACCESS_FS_MAKE_FIFO | LANDLOCK_ACCESS_FS_MAKE_BLOCK |
-                              LANDLOCK_ACCESS_FS_MAKE_SYM | LANDLOCK_ACCESS_FS_REFER;
-    const landlock_ruleset_attr rules{.handled_access_fs = changes};
+    if (!giveUpMoreRights()) {
+        return errno;
+    }
+    const int error = confinement.shield ? confinement.shield->raise() : 0;
+    if (error != 0 || confinement.watched == 0) {
+        return error;
+    }
+    const landlock_ruleset_attr rules{.handled_access_fs = confinement.watched};
     const int ruleset = static_cast<int>(::syscall(SYS_landlock_create_ruleset, &rules, sizeof rules, 0));
     if (ruleset < 0) {
         return errno;
     }
-    for (const auto& folder : confinement.folders) {
-        const landlock_path_beneath_attr below{.allowed_access = changes, .parent_fd = folder.get()};
+    for (const auto& place : confinement.places) {
+        const landlock_path_beneath_attr below{.allowed_access = place.allowed, .parent_fd = place.item.get()};
         if (::syscall(SYS_landlock_add_rule, ruleset, LANDLOCK_RULE_PATH_BENEATH, &below, 0) != 0) {
             return errno;
         }

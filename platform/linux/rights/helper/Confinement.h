@@ -1,28 +1,51 @@
 // What the tool of a file command may change, so that nobody can lead it astray between the check and the use.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "platform/linux/rights/helper/MountShield.h"
 #include "platform/posix/Descriptor.h"
 
 namespace platform::rights {
 
-// The folders below which the tool may change something; they are held open, so that it stays these folders whatever
-// takes their names.
+// Below each of the folders, and nowhere else, the tool may do what is allowed there. They are held open, so that they
+// stay these folders whatever takes their names.
 struct Confinement {
-    std::vector<posix::Descriptor> folders;
+    struct Place {
+        posix::Descriptor item;
+        std::uint64_t allowed = 0;  // Landlock's access rights
+    };
+    void add(posix::Descriptor item, std::uint64_t allowed);
+
+    std::uint64_t watched = 0;  // the rights that are denied elsewhere; 0: the kernel has no Landlock
+    std::vector<Place> places;
+    std::optional<MountShield> shield =
+        {};  // where the folders can be swapped, against changes that Landlock lets pass
 };
 
-// For the file commands (rm, mv, cp, mkdir, touch of /bin and /usr/bin) the confinement to the folders of the items
-// they are to change; none for any other tool, which is run as it is. An errno refuses the command: EINVAL for a path
-// that is not absolute or has a ".." in it, EPERM for one that somebody without administrator rights has bent to a
-// place that is not his.
-std::variant<std::optional<Confinement>, int> confinementFor(const std::vector<std::string>& command);
+// The version of Landlock that this kernel has switched on, 0: none. Asked for once.
+int landlockVersion();
 
-// Confines the calling process, for good; for use between fork and exec, so nothing is allocated. 0 or an errno.
+// For the file commands (rm, mv, cp, mkdir, touch of /bin and /usr/bin), whose last arguments are the items they work
+// on, the confinement to the folders of the items they are to change. An errno refuses the command:
+// - EINVAL for a path that is not absolute or has a component "." or "..", and ENOENT and the like for a missing
+// folder;
+// - EPERM for a path that somebody without administrator rights has bent to a place that is not his, for a tool that is
+//   not root's own, for a move one side of which holds the other where that one belongs to somebody else, and, without
+//   Landlock, for every path on which others than root could do something.
+// A source that others could swap is read from its folder only. Hard links are the kernel's matter
+// (fs.protected_hardlinks).
+//
+// None for any other tool: it is run as the caller names it, with all of root's rights.
+std::variant<std::optional<Confinement>, int> confinementFor(const std::vector<std::string>& command,
+                                                             int landlock = landlockVersion());
+
+// Confines the calling process, for good; for use between vfork and exec, so nothing is allocated and nothing of the
+// caller is changed. 0 or an errno.
 int enterConfinement(const Confinement& confinement) noexcept;
 
 }  // namespace platform::rights

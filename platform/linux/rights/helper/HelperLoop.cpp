@@ -28,8 +28,7 @@ constexpr std::chrono::milliseconds graceOfTool{20};
 }  // namespace
 
 int HelperLoop::run() {
-    if (!findMaster() || !openWatches() ||
-        wire::sendBytes(m_socket, *wire::encode(wire::Hello{wire::version, ::geteuid()})) != 0) {
+    if (!findMaster() || !openWatches() || !send(wire::Hello{wire::version, ::geteuid()})) {
         return EXIT_FAILURE;
     }
     std::array<pollfd, 3> watched{
@@ -78,47 +77,64 @@ bool HelperLoop::takeRequests() {
     if (received.bytes.empty()) {
         return false;
     }
-    if (received.process != m_master) {
+    if (!isFromMaster(received)) {
         m_betrayed = true;
         return false;
     }
     m_decoder.append(received.bytes);
     while (const auto message = m_decoder.next()) {
-        if (const auto* run = std::get_if<wire::Run>(&*message)) {
-            serve(*run);
-        } else if (const auto* signal = std::get_if<wire::Signal>(&*message)) {
-            serve(*signal);
+        if (!serve(*message)) {
+            return false;
         }
     }
     m_betrayed = m_decoder.isDamaged();
     return !m_betrayed;
 }
 
-void HelperLoop::serve(const wire::Run& run) {
-    auto pipe = run.wantsOutput ? posix::makePipe() : std::nullopt;
-    wire::Reply reply;
-    if (run.wantsOutput && !pipe) {
-        reply.error = errno;
-    } else {
-        const ToolStart started = startTool(run.command, pipe ? pipe->writeEnd.get() : -1);
-        reply = {.error = started.error, .tool = started.tool};
-        if (started.error == 0) {
-            m_tools.insert(started.tool);
-            if (!run.wantsOutput) {
-                posix::waitForExit(started.tool, posix::openExitWatch(started.tool), graceOfTool);
-            }
-        }
-    }
-    static_cast<void>(
-        wire::sendBytes(m_socket, *wire::encode(reply), pipe && reply.error == 0 ? pipe->readEnd.get() : -1));
+// While the process lives its number is nobody else's.
+bool HelperLoop::isFromMaster(const wire::Received& received) const {
+    pollfd watch{m_masterWatch.get(), POLLIN, 0};
+    return received.process == m_master && ::poll(&watch, 1, 0) == 0;
 }
 
-void HelperLoop::serve(const wire::Signal& signal) {
+bool HelperLoop::serve(const wire::Message& request) {
+    if (const auto* run = std::get_if<wire::Run>(&request)) {
+        return serve(*run);
+    }
+    if (const auto* signal = std::get_if<wire::Signal>(&request)) {
+        return serve(*signal);
+    }
+    m_betrayed = true;
+    return false;
+}
+
+bool HelperLoop::serve(const wire::Run& run) {
+    auto pipe = run.wantsOutput ? posix::makePipe() : std::nullopt;
+    if (run.wantsOutput && !pipe) {
+        return send(wire::Reply{.error = errno});
+    }
+    const ToolStart started = startTool(run.command, pipe ? pipe->writeEnd.get() : -1);
+    if (started.error != 0) {
+        return send(wire::Reply{.error = started.error});
+    }
+    m_tools.insert(started.tool);
+    if (!run.wantsOutput) {
+        posix::waitForExit(started.tool, posix::openExitWatch(started.tool), graceOfTool);
+    }
+    return send(wire::Reply{.error = 0, .tool = started.tool}, pipe ? pipe->readEnd.get() : -1);
+}
+
+bool HelperLoop::serve(const wire::Signal& signal) {
     wire::Reply reply{.error = ESRCH, .tool = signal.tool};
     if (m_tools.contains(signal.tool)) {
         reply.error = ::kill(-signal.tool, signal.number) == 0 ? 0 : errno;
     }
-    static_cast<void>(wire::sendBytes(m_socket, *wire::encode(reply)));
+    return send(reply);
+}
+
+// Never waits: the end of the process that is served must be noticed.
+bool HelperLoop::send(const wire::Message& message, int descriptor) const {
+    return wire::sendBytes(m_socket, *wire::encode(message), descriptor, wire::WhenFull::fail) == 0;
 }
 
 void HelperLoop::reapTools() {

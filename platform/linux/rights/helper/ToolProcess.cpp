@@ -9,8 +9,6 @@
 #include <optional>
 
 #include "platform/linux/rights/helper/Confinement.h"
-#include "platform/posix/Descriptor.h"
-#include "platform/posix/Pipe.h"
 
 namespace platform::rights {
 
@@ -26,27 +24,25 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
     return pointers;
 }
 
-// Everything the child does is made ready before the fork.
+// Everything the child does is made ready before it starts: it works in its parent's memory.
 struct Child {
     const char* path;
     char* const* arguments;
     const Confinement* confinement;
     int output;
-    int report;  // closes by itself when the tool takes over
+    volatile int error = 0;
 };
 
+// Signals that are handled already have their default action in the tool.
 void restoreSignals() {
-    for (int number = 1; number < NSIG; ++number) {
-        ::signal(number, SIG_DFL);
-    }
+    ::signal(SIGPIPE, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-[[noreturn]] void runChild(const Child& child) {
+[[noreturn]] void runChild(Child& child) {
     ::setpgid(0, 0);
-    restoreSignals();
     const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     const int output = child.output >= 0 ? child.output : nowhere;
     int error = 0;
@@ -57,11 +53,21 @@ void restoreSignals() {
         error = enterConfinement(*child.confinement);
     }
     if (error == 0) {
+        restoreSignals();
         ::execv(child.path, child.arguments);
         error = errno;
     }
-    static_cast<void>(::write(child.report, &error, sizeof error));
+    child.error = error;
     ::_exit(127);
+}
+
+// The helper does not get the processor back before the tool has taken over, so its memory is not copied at all.
+[[gnu::noinline]] pid_t startChild(Child& child) {
+    const pid_t started = ::vfork();
+    if (started == 0) {
+        runChild(child);
+    }
+    return started;
 }
 
 }  // namespace
@@ -75,34 +81,20 @@ ToolStart startTool(const std::vector<std::string>& command, int output) {
         return {.error = *refused};
     }
     const auto& confined = std::get<std::optional<Confinement>>(confinement);
-    auto report = posix::makePipe();
-    if (!report) {
-        return {.error = errno};
-    }
     const auto arguments = pointersTo(command);
-    const Child child{.path = command.front().c_str(),
-                      .arguments = arguments.data(),
-                      .confinement = confined ? &*confined : nullptr,
-                      .output = output,
-                      .report = report->writeEnd.get()};
-    const pid_t started = ::fork();
+    Child child{.path = command.front().c_str(),
+                .arguments = arguments.data(),
+                .confinement = confined ? &*confined : nullptr,
+                .output = output};
+    const pid_t started = startChild(child);
     if (started < 0) {
         return {.error = errno};
     }
-    if (started == 0) {
-        runChild(child);
-    }
-    report->writeEnd.reset();
-    int error = 0;
-    ssize_t got = 0;
-    do {
-        got = ::read(report->readEnd.get(), &error, sizeof error);
-    } while (got < 0 && errno == EINTR);
-    if (got == 0) {
+    if (child.error == 0) {
         return {.tool = started};
     }
     ::waitpid(started, nullptr, 0);
-    return {.error = got == sizeof error ? error : EIO};
+    return {.error = child.error};
 }
 
 }  // namespace platform::rights

@@ -181,7 +181,8 @@ std::optional<Message> Decoder::next() {
     return message;
 }
 
-int sendBytes(int socket, std::string_view bytes, int descriptor) {
+int sendBytes(int socket, std::string_view bytes, int descriptor, WhenFull whenFull) {
+    const int flags = MSG_NOSIGNAL | (whenFull == WhenFull::fail ? MSG_DONTWAIT : 0);
     while (!bytes.empty()) {
         iovec data{const_cast<char*>(bytes.data()), bytes.size()};
         msghdr message{};
@@ -197,7 +198,7 @@ int sendBytes(int socket, std::string_view bytes, int descriptor) {
             header->cmsg_len = CMSG_LEN(sizeof(int));
             std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
         }
-        const ssize_t sent = ::sendmsg(socket, &message, MSG_NOSIGNAL);
+        const ssize_t sent = ::sendmsg(socket, &message, flags);
         if (sent > 0) {
             bytes.remove_prefix(static_cast<std::size_t>(sent));
             descriptor = -1;

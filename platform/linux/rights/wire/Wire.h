@@ -63,8 +63,9 @@ private:
 };
 
 // Sends all of it, with a descriptor beside the first byte when one is given (not negative). 0 or an errno; a reader
-// that is gone gives EPIPE and no signal. Blocks while the other end reads nothing.
-int sendBytes(int socket, std::string_view bytes, int descriptor = -1);
+// that is gone gives EPIPE and no signal. While the other end reads nothing it waits, or fails with EAGAIN.
+enum class WhenFull { wait, fail };
+int sendBytes(int socket, std::string_view bytes, int descriptor = -1, WhenFull whenFull = WhenFull::wait);
 
 struct Received {
     std::string bytes;             // empty: the other end is closed, or `error`
