@@ -4,11 +4,14 @@
 #include "platform/ports/Alerts.h"
 #include "platform/ports/Application.h"
 #include "platform/ports/Authorization.h"
+#include "platform/ports/BackgroundQueue.h"
 #include "platform/ports/Console.h"
+#include "platform/ports/Digests.h"
 #include "platform/ports/FileManager.h"
 #include "platform/ports/Identity.h"
 #include "platform/ports/MainBundle.h"
 #include "platform/ports/MainThread.h"
+#include "platform/ports/OpenFiles.h"
 #include "platform/ports/Processes.h"
 #include "platform/ports/PropertyLists.h"
 #include "platform/ports/StandardFolders.h"
@@ -22,6 +25,7 @@ namespace platform {
 // application and no alerts, a host without administrator rights no authorization.
 struct Host {
     FileManager* files = nullptr;
+    OpenFiles* openFiles = nullptr;
     Workspace* workspace = nullptr;
     StandardFolders* folders = nullptr;
     Identity* identity = nullptr;
@@ -32,6 +36,8 @@ struct Host {
     MainThread* mainThread = nullptr;
     Console* console = nullptr;
     UserDefaults* defaults = nullptr;
+    Digests* digests = nullptr;
+    BackgroundQueue* background = nullptr;
     Application* application = nullptr;
     Alerts* alerts = nullptr;
     Authorization* authorization = nullptr;

@@ -1,8 +1,6 @@
 #include "platform/posix/Reaper.h"
 
 #include <poll.h>
-#include <pthread.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -10,6 +8,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/posix/BlockedSignals.h"
 #include "platform/posix/ExitWatch.h"
 #include "platform/posix/Poll.h"
 
@@ -19,22 +18,6 @@ namespace {
 
 // How often a child is looked at that has no watch.
 constexpr std::chrono::milliseconds pollingInterval{100};
-
-// The signals of the program are for its own threads; the new thread inherits the mask.
-class BlockedSignals {
-public:
-    BlockedSignals() {
-        sigset_t all;
-        sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &m_previous);
-    }
-    ~BlockedSignals() { ::pthread_sigmask(SIG_SETMASK, &m_previous, nullptr); }
-    BlockedSignals(const BlockedSignals&) = delete;
-    BlockedSignals& operator=(const BlockedSignals&) = delete;
-
-private:
-    sigset_t m_previous{};
-};
 
 }  // namespace
 

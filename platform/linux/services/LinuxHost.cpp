@@ -6,10 +6,14 @@
 #include "platform/linux/services/LinuxStandardFolders.h"
 #include "platform/linux/services/LinuxSystemInfo.h"
 #include "platform/linux/services/LinuxUserDefaults.h"
+#include "platform/linux/services/digests/OpenSSLDigests.h"
 #include "platform/linux/services/files/LinuxFileManager.h"
+#include "platform/linux/services/files/OpenFileAttributes.h"
 #include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 #include "platform/linux/services/workspace/LinuxWorkspace.h"
+#include "platform/posix/BackgroundWorkers.h"
 #include "platform/posix/MainQueue.h"
+#include "platform/posix/PosixOpenFiles.h"
 #include "platform/posix/ProcessLauncher.h"
 
 namespace platform::linux_host {
@@ -22,6 +26,7 @@ std::string toolsBeside(const std::string& executable) {
 
 struct Services {
     LinuxFileManager files;
+    posix::PosixOpenFiles openFiles{copyAttributes};
     LinuxIdentity identity;
     LinuxStandardFolders folders{identity};
     LinuxWorkspace workspace{identity};
@@ -32,10 +37,13 @@ struct Services {
     posix::MainQueue mainThread;
     LinuxConsole console;
     LinuxUserDefaults defaults{LinuxUserDefaults::Services{files, propertyLists, bundle, identity}};
+    OpenSSLDigests digests;
+    posix::BackgroundWorkers background;
     Host host;
 
     Services() {
         host.files = &files;
+        host.openFiles = &openFiles;
         host.workspace = &workspace;
         host.folders = &folders;
         host.identity = &identity;
@@ -46,6 +54,8 @@ struct Services {
         host.mainThread = &mainThread;
         host.console = &console;
         host.defaults = &defaults;
+        host.digests = &digests;
+        host.background = &background;
     }
 };
 
