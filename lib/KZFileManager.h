@@ -7,7 +7,6 @@
 #include "lib/KZFileManager/FileReference.h"
 #include "lib/KZFileManager/Hashing.h"
 #include "lib/KZFileManager/Metadata.h"
-#include "lib/KZFileManager/Hashing.h"
 #include "lib/KZFileManager/Mutations.h"
 #include "lib/KZFileManager/Names.h"
 #include "lib/KZFileManager/Queries.h"
