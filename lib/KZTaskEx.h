@@ -1,4 +1,4 @@
-// Running a command-line tool and waiting for it.
+// Running a command-line tool: waiting for it, or in the background with its output as it comes.
 //
 // Any thread. Nothing is thrown. A tool runs in a process group of its own, with an empty input, and without any
 // descriptor of this process but its streams. The launch path is absolute; a tool that this host keeps elsewhere is
@@ -7,14 +7,21 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "platform/ports/Processes.h"
+
+namespace kz {
+class AsyncRun;
+}
 
 enum class LogOutput { no, yes };  // capture standard output; nothing is written to the log
 enum class LogError { no, yes };   // capture standard error; nothing is written to the log
@@ -103,4 +110,72 @@ public:
                                                 TaskRef* task);
     static std::int32_t terminationCodeFromTask(const std::string& launchPath, const Arguments& arguments,
                                                 Seconds timeout);
+
+    // An instance runs one tool at a time in the background. Nothing of a run uses the instance after it is gone.
+    KZTaskEx() = default;
+    ~KZTaskEx();  // ends the run as terminateTask does
+    KZTaskEx(const KZTaskEx&) = delete;
+    KZTaskEx& operator=(const KZTaskEx&) = delete;
+
+    using AsyncObject = std::shared_ptr<void>;  // the caller's context, none or kept until the run has ended
+    using AsyncCallback = std::function<void(const std::string& data, KZTaskEx& task, const AsyncObject& object)>;
+    template <typename Delegate>
+    using AsyncSelector = void (Delegate::*)(const std::string& data, KZTaskEx& task, const AsyncObject& object);
+
+    // Starts the tool and returns at once. The delegate's member gets each piece of the standard output as it comes and
+    // an empty one when the output has ended, on a thread of the run's own; it holds up the tool while it works. With
+    // no delegate or no member the output is dropped. What the tool prints as error is dropped, its input is empty.
+    // Nothing is called for a tool that is missing or cannot be started; the log says so.
+    //
+    // After the empty piece the tool is asked to terminate if it is still there a moment later: one that closes its
+    // output and works on is cut short. So is the tool of a callback that throws, which is logged. A run that is under
+    // way is ended first; a callback may start the next.
+    template <typename Delegate>
+    void asyncDataFromTask(const std::string& launchPath, const Arguments& arguments, Delegate* delegate,
+                           std::type_identity_t<AsyncSelector<Delegate>> selector, AsyncObject object,
+                           const std::optional<Environment>& environment = std::nullopt) {
+        AsyncCallback callback;
+        if (delegate != nullptr && selector != nullptr) {
+            callback = [delegate, selector](const std::string& data, KZTaskEx& task, const AsyncObject& context) {
+                (delegate->*selector)(data, task, context);
+            };
+        }
+        startAsync({launchPath, arguments, environment}, delegate, std::move(callback), std::move(object));
+    }
+
+    // Ends the run early, also from within the callback: closes the output, forgets the delegate and asks the tool and
+    // its subtasks to terminate, without waiting for them. When it returns, no callback is under way but the one that
+    // it is called from, and none will come: the delegate may go. So it waits for a callback on another thread, for
+    // which the main thread serves its events; hold no lock that the callback wants.
+    void terminateTask();
+    void terminateAsyncTask();
+
+    std::shared_ptr<platform::Process> theTask() const;  // none when no run is under way
+    const void* delegate() const;                        // none once the run has ended
+    bool respondsToSelector() const;                     // whether there is anybody to call
+    AsyncObject object() const;
+
+    // What carries a piece of output to asyncTaskReturnData.
+    struct AsyncNotification {
+        std::string name = "KZAsyncTaskDataNotification";
+        const void* sender = nullptr;
+        std::map<std::string, std::string> userInfo;  // the data under notificationDataItem
+    };
+    static constexpr const char* notificationDataItem = "NSFileHandleNotificationDataItem";
+
+    // The steps of a run, on its thread. Not for callers.
+    void launchAsyncTask();
+    void asyncTaskReturnData(const AsyncNotification& notification);
+
+private:
+    struct AsyncTool {
+        const std::string& launchPath;
+        const Arguments& arguments;
+        const std::optional<Environment>& environment;
+    };
+    void startAsync(const AsyncTool& tool, const void* delegate, AsyncCallback selector, AsyncObject object);
+    std::shared_ptr<kz::AsyncRun> currentRun() const;
+
+    mutable std::mutex m_runMutex;
+    std::shared_ptr<kz::AsyncRun> m_run;
 };
