@@ -1,0 +1,120 @@
+#include "platform/linux/tools/archive/StagedFolder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/services/files/FolderListing.h"
+#include "platform/linux/services/files/ItemRemover.h"
+#include "platform/linux/services/files/PathParts.h"
+#include "platform/linux/services/files/Staging.h"
+#include "platform/linux/tools/archive/FileBytes.h"
+
+namespace platform::linux_host {
+
+namespace {
+
+constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+void makeFolders(const std::string& path) {
+    if (::mkdir(path.c_str(), 0777) == 0 || errno == EEXIST) {
+        return;
+    }
+    const std::string parent = splitPath(path).folder;
+    if (errno != ENOENT || parent == path || path.empty()) {
+        failWithErrno("cannot make", path, errno);
+    }
+    makeFolders(parent);
+    if (::mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) {
+        failWithErrno("cannot make", path, errno);
+    }
+}
+
+bool isFolder(int folder, const std::string& name) {
+    struct stat status {};
+    return ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(status.st_mode);
+}
+
+posix::Descriptor openInside(int folder, const std::string& name) {
+    posix::Descriptor opened(::openat(folder, name.c_str(), openFlags));
+    if (!opened) {
+        failWithErrno("cannot open", name, errno);
+    }
+    return opened;
+}
+
+void mergeInto(int from, int to) {
+    std::vector<DirectoryEntry> entries;
+    if (const int code = listFolder(from, entries); code != 0) {
+        failWithErrno("cannot list", "the unpacked items", code);
+    }
+    for (const auto& entry : entries) {
+        const std::string& name = entry.name;
+        const bool bringsFolder = isFolder(from, name);
+        if (bringsFolder && isFolder(to, name)) {
+            const posix::Descriptor inner = openInside(from, name);
+            const posix::Descriptor outer = openInside(to, name);
+            mergeInto(inner.get(), outer.get());
+            continue;
+        }
+        if (bringsFolder && ::unlinkat(to, name.c_str(), 0) != 0 && errno != ENOENT) {
+            failWithErrno("cannot replace", name, errno);
+        }
+        if (::renameat(from, name.c_str(), to, name.c_str()) != 0) {
+            failWithErrno("cannot replace", name, errno);
+        }
+    }
+}
+
+}  // namespace
+
+StagedFolder::StagedFolder(const std::string& destination) : m_destination(withoutTrailingSlashes(destination)) {
+    struct stat status {};
+    m_isNew = ::lstat(m_destination.c_str(), &status) != 0;
+    if (m_isNew && errno != ENOENT) {
+        failWithErrno("cannot open", destination, errno);
+    }
+    if (m_isNew) {
+        makeFolders(splitPath(m_destination).folder);
+        m_path = stagedSibling(m_destination);
+    } else {
+        m_path = joinPath(m_destination, stagedName());
+    }
+    if (::mkdir(m_path.c_str(), 0700) != 0) {
+        failWithErrno("cannot unpack into", destination, errno);
+    }
+    m_folder.reset(::open(m_path.c_str(), openFlags));
+    if (!m_folder) {
+        const int code = errno;
+        (void)::rmdir(m_path.c_str());
+        failWithErrno("cannot unpack into", destination, code);
+    }
+}
+
+StagedFolder::~StagedFolder() {
+    if (!m_path.empty()) {
+        (void)removeTree(m_path, Removal::openingFolders);
+    }
+}
+
+posix::Descriptor StagedFolder::takePlace() {
+    if (m_isNew) {
+        if (const int code = renameWithoutReplacing(placeAt(m_path), placeAt(m_destination)); code != 0) {
+            failWithErrno("cannot make", m_destination, code);
+        }
+        m_path.clear();
+        return std::move(m_folder);
+    }
+    posix::Descriptor destination(::open(m_destination.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!destination) {
+        failWithErrno("cannot open", m_destination, errno);
+    }
+    mergeInto(m_folder.get(), destination.get());
+    return destination;
+}
+
+}  // namespace platform::linux_host

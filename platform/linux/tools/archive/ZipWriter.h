@@ -1,0 +1,59 @@
+// Writing a ZIP archive.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "platform/linux/tools/archive/Packing.h"
+
+namespace platform::linux_host {
+
+// An item as the table of contents tells of it. The name is relative and its bytes are stored as they are, marked as
+// UTF-8 where they are; a folder's ends in "/". Owner, extended attributes and fractions of seconds are not kept, as
+// the format has no common place for them.
+struct ArchivedItem {
+    std::string name;
+    mode_t mode = 0;  // type and permissions
+    std::time_t modified = 0;
+};
+
+// Writes from the file's present position on, which must be its start. Everything throws ToolFailure.
+class ZipWriter {
+public:
+    using Sink = std::function<void(std::string_view)>;
+
+    explicit ZipWriter(int file) : m_file(file) {}  // not owned
+
+    void add(const ArchivedItem& item, const PackedFile& contents);
+
+    // For contents whose sums are known only when `pack` has handed all of them to the sink. `size` is the most that
+    // there will be; beyond 4 GiB the wide form of the format is used.
+    void add(const ArchivedItem& item, std::uint64_t size, const std::function<PackedSums(const Sink&)>& pack);
+
+    // The table of contents, after the last item.
+    void finish();
+
+private:
+    struct Header {
+        const ArchivedItem& item;
+        PackedSums sums;
+        bool isWide;
+    };
+    void put(std::string_view bytes);
+    void flush();
+    void addToDirectory(const Header& header, std::uint64_t offset);
+    static std::string localHeader(const Header& header);
+
+    int m_file;
+    std::string m_buffer;
+    std::uint64_t m_offset = 0;  // including the buffer
+    std::string m_directory;
+    std::uint64_t m_entries = 0;
+};
+
+}  // namespace platform::linux_host
