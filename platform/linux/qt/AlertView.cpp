@@ -3,13 +3,13 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QVBoxLayout>
 #include <variant>
 
 #include "platform/linux/qt/AlertIcon.h"
 #include "platform/linux/qt/ProminentButton.h"
 #include "platform/linux/qt/QtText.h"
+#include "platform/linux/qt/TextScroller.h"
 #include "platform/ports/Host.h"
 
 namespace platform::qt {
@@ -20,27 +20,6 @@ constexpr int textWidth = 340;
 constexpr int margin = 20;
 constexpr int gap = 12;
 constexpr qsizetype longestText = 20000;  // characters; an alert is no place for more
-
-// Gives its text the height that it needs at its width, and scrolls when there is less.
-class TextScroller : public QScrollArea {
-public:
-    explicit TextScroller(QWidget* texts) {
-        setWidget(texts);
-        setWidgetResizable(true);
-        setFrameShape(QFrame::NoFrame);
-        setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        setFocusPolicy(Qt::NoFocus);
-        viewport()->setAutoFillBackground(false);
-        texts->setAutoFillBackground(false);
-        QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-        policy.setHeightForWidth(true);
-        setSizePolicy(policy);
-    }
-    bool hasHeightForWidth() const override { return true; }
-    int heightForWidth(int width) const override { return widget()->layout()->totalHeightForWidth(width); }
-    QSize sizeHint() const override { return {textWidth, heightForWidth(textWidth)}; }
-    QSize minimumSizeHint() const override { return {120, 24}; }
-};
 
 QLabel* makeText(const std::string& text) {
     auto* label = new QLabel;
@@ -105,7 +84,7 @@ QWidget* AlertView::makeTexts(const AlertContents& contents) {
         layout->addWidget(makeText(contents.informativeText));
     }
     layout->addStretch(1);
-    return new TextScroller(texts);
+    return new TextScroller(texts, textWidth);
 }
 
 void AlertView::addSuppression(QBoxLayout& column, const std::string& key) {

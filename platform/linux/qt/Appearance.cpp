@@ -87,6 +87,10 @@ QPalette paletteFor(Appearance appearance) {
 
 QColor accentColor(const QPalette& palette) { return palette.color(QPalette::Active, QPalette::Highlight); }
 
+QColor warningColor(const QPalette& palette) {
+    return appearanceOf(palette) == Appearance::dark ? QColor(0xff9d94) : QColor(0xb42318);
+}
+
 bool animationsWanted(const QWidget& widget) {
     return qgetenv("WICKFIELD_MOTION") != "reduced" &&
            widget.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &widget) > 0;

@@ -20,6 +20,9 @@ Appearance appearanceOf(const QPalette& palette);
 // The colour of a prominent button; its text is white.
 QColor accentColor(const QPalette& palette);
 
+// For a text that says what went wrong.
+QColor warningColor(const QPalette& palette);
+
 // Ratio of the luminances of two opaque colours, from 1 to 21.
 double contrast(const QColor& one, const QColor& other);
 

@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 
 #include "platform/linux/qt/AccessibleRoles.h"
 #include "platform/linux/qt/AnswerKeys.h"
@@ -16,6 +18,9 @@ namespace platform::qt {
 namespace {
 
 constexpr int slideMilliseconds = 200;
+constexpr int shakeMilliseconds = 350;
+constexpr int shakes = 3;
+constexpr double shakeWidth = 9;
 constexpr int sideMargin = 12;
 constexpr int bottomMargin = 12;
 constexpr int shadow = 10;
@@ -49,8 +54,15 @@ SheetOverlay::SheetOverlay(QWidget& window, QWidget& contents, SheetButtons butt
 
     blockWindow();
     window.installEventFilter(this);
+    m_sheet->installEventFilter(this);
     connect(&m_slide, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
         m_shown = value.toDouble();
+        place();
+        update();
+    });
+    connect(&m_shaking, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        const double done = value.toDouble();
+        m_aside = static_cast<int>(shakeWidth * (1 - done) * std::sin(2 * std::numbers::pi * shakes * done));
         place();
         update();
     });
@@ -85,17 +97,40 @@ void SheetOverlay::release() {
     }
     m_released = true;
     m_slide.stop();
+    m_shaking.stop();
     m_window.removeEventFilter(this);
+    m_sheet->removeEventFilter(this);
+    auto* const above = coveredBy();
+    if (above != nullptr) {
+        handOver(*above);
+    }
     hide();
     if (m_contents) {
         m_contents->hide();
         m_contents->setParent(nullptr);
     }
     unblockWindow();
-    if (m_previousFocus && m_previousFocus->isEnabled()) {
+    if (above == nullptr && m_previousFocus && m_previousFocus->isEnabled()) {
         m_previousFocus->setFocus(Qt::OtherFocusReason);
     }
     deleteLater();
+}
+
+SheetOverlay* SheetOverlay::coveredBy() const {
+    const auto sheets = m_window.findChildren<SheetOverlay*>(QString(), Qt::FindDirectChildrenOnly);
+    const auto found = std::ranges::find_if(sheets, [this](const SheetOverlay* sheet) {
+        return std::ranges::find(sheet->m_blocked, this) != sheet->m_blocked.end();
+    });
+    return found != sheets.end() ? *found : nullptr;
+}
+
+// What this sheet blocks stays blocked by the one that covers it.
+void SheetOverlay::handOver(SheetOverlay& above) {
+    above.m_blocked.insert(above.m_blocked.end(), m_blocked.begin(), m_blocked.end());
+    m_blocked.clear();
+    if (!above.m_previousFocus || isAncestorOf(above.m_previousFocus)) {
+        above.m_previousFocus = m_previousFocus;
+    }
 }
 
 void SheetOverlay::blockWindow() {
@@ -128,6 +163,17 @@ void SheetOverlay::slideIn() {
     m_slide.start();
 }
 
+void SheetOverlay::shake() {
+    if (!animationsWanted(*this)) {
+        return;
+    }
+    m_shaking.stop();
+    m_shaking.setStartValue(0.0);
+    m_shaking.setEndValue(1.0);
+    m_shaking.setDuration(shakeMilliseconds);
+    m_shaking.start();
+}
+
 QRect SheetOverlay::sheetGeometry() const {
     const QSize wanted = m_contents ? m_contents->sizeHint().expandedTo(m_designed) : m_designed;
     const int width = std::min(wanted.width(), m_window.width() - 2 * sideMargin);
@@ -143,6 +189,7 @@ void SheetOverlay::place() {
     setGeometry(m_window.rect());
     QRect sheet = sheetGeometry();
     sheet.moveTop(-static_cast<int>((1 - m_shown) * (sheet.height() + shadow)));
+    sheet.translate(m_aside, 0);
     m_sheet->setGeometry(sheet);
 }
 
@@ -189,8 +236,11 @@ bool SheetOverlay::focusNextPrevChild(bool next) {
 }
 
 bool SheetOverlay::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == &m_window && event->type() == QEvent::Resize) {
+    const bool resized = watched == &m_window && event->type() == QEvent::Resize;
+    const bool wantsOtherSize = watched == m_sheet && event->type() == QEvent::LayoutRequest;
+    if (resized || wantsOtherSize) {
         place();
+        update();
     }
     return QWidget::eventFilter(watched, event);
 }

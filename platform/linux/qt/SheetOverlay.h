@@ -2,7 +2,7 @@
 //
 // While it is up the window's other contents are disabled, so that neither pointer, keyboard, shortcut nor assistive
 // technology reaches them; the keyboard stays inside. The focus goes back to where it was when the sheet goes.
-// A sheet on a window that has one already covers it.
+// A sheet on a window that has one already covers it; the lower one may go first.
 #pragma once
 
 #include <QAccessible>
@@ -33,6 +33,9 @@ public:
     // deletion. Once only.
     void release();
 
+    // Shakes the sheet for a moment, as one shakes one's head; nothing when animations are unwanted.
+    void shake();
+
     QRect sheetGeometry() const;  // in the window's coordinates, at rest
     QAccessible::Role role() const { return m_role; }
 
@@ -52,6 +55,8 @@ protected:
 private:
     void blockWindow();
     void unblockWindow();
+    SheetOverlay* coveredBy() const;
+    void handOver(SheetOverlay& above);
     void slideIn();
     void place();
     void focusInside();
@@ -64,6 +69,8 @@ private:
     QWidget* m_sheet;  // what slides: the contents with their frame
     QVariantAnimation m_slide;
     double m_shown = 1;  // part of the way that the sheet has slid
+    QVariantAnimation m_shaking;
+    int m_aside = 0;  // pixels that shaking moves the sheet by
     QPointer<QWidget> m_previousFocus;
     std::vector<QPointer<QWidget>> m_blocked;
     bool m_released = false;
