@@ -10,7 +10,8 @@ void CredentialsPrompt::ask(PasswordRequest request, Answered answered) {
                            std::ranges::any_of(request.administrators, [this](const Administrator& administrator) {
                                return administrator.user == m_user;
                            });
-    if (std::exchange(m_answered, true) || !mayAnswer || request.problem != PasswordRequest::Problem::none) {
+    if (!mayAnswer || request.problem != PasswordRequest::Problem::none || !request.question.empty() ||
+        std::exchange(m_answered, true)) {
         answered(std::nullopt);
         return;
     }

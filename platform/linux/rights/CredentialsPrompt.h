@@ -1,6 +1,9 @@
 // Answers with a name and a password that are known already, without anybody being asked.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "platform/linux/rights/PasswordPrompt.h"
 #include "platform/ports/Authorization.h"
 
@@ -15,6 +18,7 @@ public:
     // Answered before it returns.
     void ask(PasswordRequest request, Answered answered) override;
     void close() override {}
+    std::optional<std::string> knownUser() const override { return m_user; }
 
 private:
     const std::string m_user;

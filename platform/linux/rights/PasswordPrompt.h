@@ -53,6 +53,10 @@ public:
 
     // Takes the question off the screen. Any thread; returns at once; without a question it does nothing.
     virtual void close() = 0;
+
+    // The account that every answer names, where that is known beforehand: its password is then to be checked, even if
+    // these rights were granted a moment ago. None: a user answers, who is asked only for what is needed.
+    virtual std::optional<std::string> knownUser() const { return std::nullopt; }
 };
 
 }  // namespace platform::rights
