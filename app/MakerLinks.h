@@ -3,6 +3,9 @@
 
 namespace MakerLinks {
 
+inline constexpr const char* homePage = "https://www.corvane.example/";
 inline constexpr const char* productPage = "https://www.corvane.example/tallowmere";
+inline constexpr const char* supportPage = "https://www.corvane.example/tallowmere/support";
+inline constexpr const char* userManual = "https://www.corvane.example/tallowmere/manual.pdf";
 
 }  // namespace MakerLinks

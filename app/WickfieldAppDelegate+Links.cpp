@@ -4,6 +4,12 @@
 #include "lib/base/FileURL.h"
 #include "platform/ports/Host.h"
 
+namespace {
+
+void openPage(const char* address) { platform::host().workspace->openURL(address); }
+
+}  // namespace
+
 void WickfieldAppDelegate::sendToGantry() {
     auto& workspace = *platform::host().workspace;
     const std::string manager = "com.corvane.Gantry";
@@ -16,6 +22,16 @@ void WickfieldAppDelegate::sendToGantry() {
         "This feature requires Tallowmere", "Download", "Cancel", std::nullopt,
         "Gantry gives you more options for installing and managing your plugins.", window(), Block::yes);
     if (answer == download) {
-        workspace.openURL(MakerLinks::productPage);
+        openPage(MakerLinks::productPage);
     }
 }
+
+void WickfieldAppDelegate::getTallowmere() { openPage(MakerLinks::productPage); }
+
+void WickfieldAppDelegate::tallowmereUserManual() { openPage(MakerLinks::userManual); }
+
+void WickfieldAppDelegate::tallowmereSite() { openPage(MakerLinks::productPage); }
+
+void WickfieldAppDelegate::tallowmereSupport() { openPage(MakerLinks::supportPage); }
+
+void WickfieldAppDelegate::corvaneSite() { openPage(MakerLinks::homePage); }

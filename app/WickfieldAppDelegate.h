@@ -55,7 +55,17 @@ public:
     // does nothing.
     void install() override;
 
+    // Hands the tree to the maker's plug-in manager and leaves the rest to it. Where that is not installed, asks
+    // whether its page is to be opened instead, and returns once the question is answered.
     void sendToGantry() override;
+
+    // Each opens a page of the maker's in the default browser and returns at once; a browser that cannot be started is
+    // not reported. For whatever control a maker's own window connects to them.
+    void getTallowmere();
+    void tallowmereUserManual();
+    void tallowmereSite();
+    void tallowmereSupport();
+    void corvaneSite();
 
     // The installation, on its own thread: preinstall script, files, postinstall script, outcome sheet. Blocks until
     // the user has dismissed the sheet. A step that fails leaves what earlier steps did; nothing is rolled back.
