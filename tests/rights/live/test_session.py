@@ -1,0 +1,104 @@
+"""One session: asked for once, used a thousand times, gone with its owner."""
+import os
+import signal
+import time
+
+from support import RightsCase, exists, helpers, wait_until
+
+SUDO = "sudo=/usr/bin/sudo"
+
+
+class Session(RightsCase):
+    def open_session(self):
+        account = self.account(administrator=True)
+        driver = self.driver(account, SUDO)
+        driver.ask("answer", "", self.password)
+        self.assertEqual(driver.start(), "yes", driver.questions())
+        return driver
+
+    def test_a_thousand_requests_need_one_answer(self):
+        driver = self.open_session()
+        self.assertEqual(driver.ask("many", "1000", "/bin/true", timeout=60), "1000")
+        self.assertEqual(len(driver.questions()), 1)
+
+    def test_a_hundred_requests_at_once_are_all_served(self):
+        driver = self.open_session()
+        self.assertEqual(driver.ask("parallel", "100", "/bin/true", timeout=60), "100")
+
+    def test_requests_leave_no_descriptor_behind(self):
+        driver = self.open_session()
+        driver.ask("many", "10", "/bin/true")
+        before = driver.ask("descriptors")
+        driver.ask("many", "500", "/bin/echo", "text", timeout=60)
+        self.assertEqual(driver.ask("descriptors"), before)
+
+    def test_a_file_that_the_user_may_not_write_is_put_into_place(self):
+        folder = self.private_folder()
+        driver = self.open_session()
+        self.assertEqual(driver.ask("file-copy", "/etc/hostname", f"{folder}/copied"), "yes")
+        self.assertTrue((folder / "copied").exists())
+
+    def test_nothing_is_asked_before_something_is_refused(self):
+        account = self.account(administrator=True)
+        driver = self.driver(account, SUDO)
+        self.assertEqual(driver.ask("file-copy", "/etc/hostname", f"{account.home}/copied"), "yes")
+        self.assertEqual(driver.questions(), [])
+
+    def test_a_refusal_is_what_asks(self):
+        folder = self.private_folder()
+        account = self.account(administrator=True)
+        driver = self.driver(account, SUDO)
+        driver.ask("answer", "", self.password)
+        self.assertEqual(driver.ask("file-mkdir", f"{folder}/a/b"), "yes")
+        self.assertEqual(len(driver.questions()), 1)
+        self.assertTrue((folder / "a/b").is_dir())
+
+    def test_touching_a_file_of_root_s_waits_for_the_touch(self):
+        folder = self.private_folder()
+        (folder / "file").touch()
+        os.utime(folder / "file", (0, 0))
+        driver = self.open_session()
+        self.assertEqual(driver.ask("file-touch", f"{folder}/file"), "yes")
+        self.assertGreater((folder / "file").stat().st_mtime, time.time() - 60)
+
+    def test_trashing_an_item_of_root_s_moves_it_to_the_user_s_trash(self):
+        folder = self.private_folder()
+        (folder / "Old Plug-in.vst3").mkdir()
+        driver = self.open_session()
+        self.assertEqual(driver.ask("file-trash", f"{folder}/Old Plug-in.vst3"), "yes")
+        self.assertFalse((folder / "Old Plug-in.vst3").exists())
+
+    def test_ending_the_session_ends_the_helper(self):
+        driver = self.open_session()
+        helper, = helpers(driver.pid)
+        driver.ask("end")
+        self.assertTrue(wait_until(lambda: not exists(helper), 1))
+
+    def test_a_killed_installer_takes_the_helper_with_it(self):
+        driver = self.open_session()
+        helper, = helpers(driver.pid)
+        os.kill(driver.pid, signal.SIGKILL)
+        self.assertTrue(wait_until(lambda: not exists(helper), 1))
+
+    def test_a_killed_helper_fails_this_request_and_the_later_ones(self):
+        driver = self.open_session()
+        helper, = helpers(driver.pid)
+        driver.tell("wait", "/bin/sleep", "2")
+        time.sleep(0.3)
+        os.kill(helper, signal.SIGKILL)
+        driver.answer()
+        self.assertNotEqual(driver.ask("run", "/bin/true"), "0")
+        self.assertEqual(len(driver.questions()), 1)
+
+    def test_after_a_killed_helper_a_new_session_can_be_asked_for(self):
+        driver = self.open_session()
+        helper, = helpers(driver.pid)
+        os.kill(helper, signal.SIGKILL)
+        driver.ask("end")
+        driver.ask("answer", "", self.password)
+        self.assertEqual(driver.start(), "yes")
+        self.assertEqual(driver.ask("run", "/bin/true"), "0")
+
+    def test_the_installer_cannot_be_looked_into_by_the_same_user(self):
+        driver = self.open_session()
+        self.assertEqual(os.stat(f"/proc/{driver.pid}/mem").st_uid, 0)
