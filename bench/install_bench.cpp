@@ -4,8 +4,12 @@
 //
 // Each round writes to a fresh place and deletes nothing, since a file system that has just lost a large tree is slow
 // to make it again. Everything lies below a new folder in DIR (default: the temporary folder) that goes at the end.
+//
+// Run by the superuser it also measures an ordinary user's installation into a folder of root's, with an administrator
+// session that is open already, against the same into a folder of the user's own.
 
 #include <fcntl.h>
+#include <grp.h>
 #include <spawn.h>
 #include <sys/stat.h>
 
@@ -16,6 +20,8 @@
 #include "app/WickfieldAppDelegate.h"
 #include "bench/Measure.h"
 #include "bench/Workload.h"
+#include "lib/KZAuthorization.h"
+#include "platform/linux/rights/LinuxAuthorization.h"
 #include "platform/linux/services/LinuxHost.h"
 #include "tests/fakes/FakeIdentity.h"
 #include "tests/fakes/TemporaryFolder.h"
@@ -109,7 +115,8 @@ bool copyAndTouchEach(const fs::path& source, const fs::path& destination) {
 class Bench {
 public:
     explicit Bench(const Options& options) : m_options(options), m_root(options.folder) {
-        fs::create_directory(home());
+        fs::create_directories(home() + "/Library/Logs/Corvane");
+        std::ofstream(home() + "/Library/Logs/Corvane/install_bench.1.log");
     }
 
     void manyFiles() {
@@ -139,6 +146,32 @@ public:
         fs::remove_all(mirror());
     }
 
+    void intoProtectedFolder() {
+        if (::geteuid() != 0) {
+            std::printf(
+                "installation into a folder of root's: not measured, as only the superuser can open a session "
+                "without asking\n");
+            return;
+        }
+        std::printf("%d files, into a folder of root's and into one of the user's own\n", m_options.files);
+        bench::makeManyFiles(mirror(), m_options.files);
+        fs::permissions(m_root.path(), fs::perms(0755));
+        ownEverything(tree());
+        ownEverything(home());
+        bench::Series own("installation into a folder of one's own");
+        bench::Series roots("installation into a folder of root's");
+        for (int round = 0; round < m_options.rounds; ++round) {
+            own.run([&] { return makePlace(ordinaryUser) && becomeOrdinary() && install(true); });
+            nextPlace();
+            roots.run([&] { return makePlace(0) && becomeOrdinary() && install(true); });
+            nextPlace();
+        }
+        own.print();
+        roots.print();
+        bench::printRatio("into a folder of root's / into one of one's own", roots.median(), own.median(), 2.0);
+        fs::remove_all(mirror());
+    }
+
     void largeFiles() {
         if (m_options.largeMegabytes == 0) {
             return;
@@ -158,6 +191,34 @@ public:
     }
 
 private:
+    static constexpr uid_t ordinaryUser = 1000;
+
+    // A bundle belongs to the user who unpacked it. There is a log, as there will be something to tell.
+    static void ownEverything(const std::string& folder) {
+        (void)::chown(folder.c_str(), ordinaryUser, ordinaryUser);
+        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+            (void)::lchown(entry.path().c_str(), ordinaryUser, ordinaryUser);
+        }
+    }
+
+    bool makePlace(uid_t owner) const {
+        return ::mkdir(place().c_str(), 0755) == 0 && ::chown(place().c_str(), owner, owner) == 0;
+    }
+
+    // The session is taken over while this is still possible, then nothing is left of root's rights but that session.
+    static bool becomeOrdinary() {
+        if (::setgroups(0, nullptr) != 0 || ::setresgid(ordinaryUser, ordinaryUser, ordinaryUser) != 0 ||
+            ::setresuid(ordinaryUser, 0, 0) != 0) {
+            return false;
+        }
+        auto host = platform::linux_host::services();
+        static platform::rights::LinuxAuthorization rights(*host.mainThread, nullptr);
+        host.authorization = &rights;
+        platform::setHost(host);
+        return KZAuthorization::sharedController()->isAuthorized() &&
+               ::setresuid(ordinaryUser, ordinaryUser, ordinaryUser) == 0;
+    }
+
     void memory(long manyPeak) {
         fs::remove_all(mirror());
         bench::makeManyFiles(mirror(), std::max(20, m_options.files / 10));
@@ -186,7 +247,7 @@ private:
         identity.uid = 1000;  // measured as an ordinary user's installation, whoever runs this
         identity.home = home();
         NoTools noTools;
-        auto host = platform::linux_host::services();
+        auto host = platform::host().files != nullptr ? platform::host() : platform::linux_host::services();
         host.identity = &identity;
         if (!withTools) {
             host.processes = &noTools;
@@ -235,6 +296,7 @@ Options parse(int argc, char** argv) {
 int main(int argc, char** argv) {
     Bench bench(parse(argc, argv));
     bench.manyFiles();
+    bench.intoProtectedFolder();
     bench.largeFiles();
     return 0;
 }
