@@ -4,6 +4,8 @@
 #pragma once
 
 #include "lib/KZFileManager/BulkMutations.h"
+#include "lib/KZFileManager/Copying.h"
+#include "lib/KZFileManager/FileDigest.h"
 #include "lib/KZFileManager/FileReference.h"
 #include "lib/KZFileManager/Hashing.h"
 #include "lib/KZFileManager/Metadata.h"

@@ -1,5 +1,6 @@
 // One translation unit that includes every fake, so that each of them is known to compile by itself.
 #include "tests/fakes/FailingFileManager.h"
+#include "tests/fakes/FailingOpenFiles.h"
 #include "tests/fakes/FakeAlerts.h"
 #include "tests/fakes/FakeApplication.h"
 #include "tests/fakes/FakeAuthorization.h"
