@@ -9,7 +9,8 @@
 #
 # A target, part of "all", that assembles the bundle anew when one of its parts has changed. The bundle needs neither the
 # build folder nor this source tree afterwards and runs from wherever it is moved. TARGET gets the property
-# WICKFIELD_BUNDLE with the bundle's path.
+# WICKFIELD_BUNDLE with the bundle's path. The system tools that the host may lack, which are the targets in the global
+# property WICKFIELD_TOOLS, travel in the tools/ folder beside the program.
 
 set(_wickfield_bundle_scripts "${CMAKE_CURRENT_LIST_DIR}")
 
@@ -34,18 +35,25 @@ function(wickfield_installer_bundle target)
     endif()
     set_target_properties(Wickfield PROPERTIES SKIP_BUILD_RPATH ON)
 
+    get_property(tool_targets GLOBAL PROPERTY WICKFIELD_TOOLS)
+    set(tools "")
+    foreach(tool IN LISTS tool_targets)
+        list(APPEND tools "$<TARGET_FILE:${tool}>")
+    endforeach()
+
     set(bundle "${ARG_OUTPUT}/${ARG_NAME} Installer.app")
     set(stamp "${CMAKE_CURRENT_BINARY_DIR}/${target}.stamp")
     set(script "${_wickfield_bundle_scripts}/AssembleBundle.cmake")
     set(template "${_wickfield_bundle_scripts}/InstallerInfo.plist.in")
     add_custom_command(
         OUTPUT "${stamp}"
-        COMMAND ${CMAKE_COMMAND} "-DBUNDLE=${bundle}" "-DEXECUTABLE=$<TARGET_FILE:Wickfield>" "-DSTRIP=${strip}"
+        COMMAND ${CMAKE_COMMAND} "-DBUNDLE=${bundle}" "-DEXECUTABLE=$<TARGET_FILE:Wickfield>" "-DTOOLS=${tools}"
+                "-DSTRIP=${strip}"
                 "-DPLATFORM_FOLDER=${platform_folder}" "-DTEMPLATE=${template}" "-DNAME=${ARG_NAME}"
                 "-DIDENTIFIER=${ARG_IDENTIFIER}" "-DVERSION=${PROJECT_VERSION}" "-DSETTINGS=${ARG_SETTINGS}"
                 "-DRESOURCES=${ARG_RESOURCES}" "-DTREE=${ARG_TREE}" -P "${script}"
         COMMAND ${CMAKE_COMMAND} -E touch "${stamp}"
-        DEPENDS Wickfield "${script}" "${template}" "${ARG_SETTINGS}" ${ARG_RESOURCES} ${ARG_DEPENDS}
+        DEPENDS Wickfield ${tool_targets} "${script}" "${template}" "${ARG_SETTINGS}" ${ARG_RESOURCES} ${ARG_DEPENDS}
         COMMENT "Assembling ${ARG_NAME} Installer.app"
         VERBATIM)
     add_custom_target(${target} ALL DEPENDS "${stamp}")
