@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <string_view>
 #include <utility>
 
 #include "platform/posix/ChildProcess.h"
@@ -30,6 +31,10 @@ void restoreChildSignal() {
     }
 }
 
+bool isSystemFolder(std::string_view folder) {
+    return folder == "/bin" || folder == "/sbin" || folder == "/usr/bin" || folder == "/usr/sbin";
+}
+
 }  // namespace
 
 ProcessLauncher::ProcessLauncher(std::string shippedTools)
@@ -42,10 +47,14 @@ std::shared_ptr<Process> ProcessLauncher::make(ProcessOptions options) {
 }
 
 std::string ProcessLauncher::locateTool(const std::string& path) {
-    if (m_shippedTools.empty() || !path.starts_with('/') || ::access(path.c_str(), F_OK) == 0) {
+    if (m_shippedTools.empty() || !path.starts_with('/')) {
         return path;
     }
-    std::string shipped = m_shippedTools + path.substr(path.rfind('/'));
+    const auto slash = path.rfind('/');
+    if (!isSystemFolder(std::string_view(path).substr(0, slash)) && ::access(path.c_str(), F_OK) == 0) {
+        return path;
+    }
+    std::string shipped = m_shippedTools + path.substr(slash);
     if (shipped.back() == '/' || ::access(shipped.c_str(), X_OK) != 0) {
         return path;
     }

@@ -18,8 +18,9 @@ public:
 
     std::shared_ptr<Process> make(ProcessOptions options) override;
 
-    // A tool that the system has is used; one that it lacks is looked for, by its name, among those that come with the
-    // program.
+    // A tool of the system is looked for, by its name, among those that come with the program first: where both are
+    // there, that is the one which is known to take the command line that is meant. Any other path is looked for there
+    // only when nothing stands at it.
     std::string locateTool(const std::string& path) override;
 
 private:

@@ -11,11 +11,19 @@ namespace {
 
 using platform::posix::ProcessLauncher;
 
-TEST(LocatingATool, PrefersTheSystemsOwn) {
+TEST(LocatingATool, PrefersTheOneThatComesWithTheProgramToTheSystems) {
     const ScriptFile shipped("#!/bin/bash\n");
     std::filesystem::rename(shipped.path(), shipped.beside("true"));
     ProcessLauncher launcher(std::filesystem::path(shipped.path()).parent_path());
-    EXPECT_EQ(launcher.locateTool("/bin/true"), "/bin/true");
+    EXPECT_EQ(launcher.locateTool("/bin/true"), shipped.beside("true"));
+    EXPECT_EQ(launcher.locateTool("/bin/false"), "/bin/false");
+}
+
+TEST(LocatingATool, LeavesAnExistingOneThatIsNotTheSystems) {
+    const ScriptFile shipped("#!/bin/bash\n");
+    const ScriptFile own("#!/bin/bash\n");  // of the same name
+    ProcessLauncher launcher(std::filesystem::path(shipped.path()).parent_path());
+    EXPECT_EQ(launcher.locateTool(own.path()), own.path());
 }
 
 TEST(LocatingATool, FindsTheOneThatComesWithTheProgram) {
