@@ -16,7 +16,8 @@ public:
 
     // Where another program of this machine can execute it while this object lives; empty when it could not be made.
     const std::string& path() const { return m_path; }
-    int error() const { return m_error; }  // an errno that says why; 0: none
+    int descriptor() const { return m_memory.get(); }  // for a program that inherits it; negative: there is none
+    int error() const { return m_error; }              // an errno that says why; 0: none
 
 private:
     posix::Descriptor m_memory;

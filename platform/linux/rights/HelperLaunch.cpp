@@ -49,16 +49,26 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
     return pointers;
 }
 
+struct ChildDescriptors {
+    int socket;
+    int messages;
+    int inherited;  // negative: none
+};
+
 // A session of its own keeps the terminal out of play; signals are as a program expects them at its start.
 int spawn(const std::vector<std::string>& command, const std::optional<std::vector<std::string>>& environment,
-          int socket, int messages, pid_t& child) {
+          ChildDescriptors descriptors, pid_t& child) {
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
     ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_adddup2(&actions, socket, STDIN_FILENO);
-    ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    ::posix_spawn_file_actions_adddup2(&actions, messages, STDERR_FILENO);
-    ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+    ::posix_spawn_file_actions_adddup2(&actions, descriptors.socket, STDIN_FILENO);
+    ::posix_spawn_file_actions_adddup2(&actions, descriptors.messages, STDOUT_FILENO);
+    ::posix_spawn_file_actions_adddup2(&actions, descriptors.messages, STDERR_FILENO);
+    int firstClosed = STDERR_FILENO + 1;
+    if (descriptors.inherited >= 0) {
+        ::posix_spawn_file_actions_adddup2(&actions, descriptors.inherited, firstClosed++);
+    }
+    ::posix_spawn_file_actions_addclosefrom_np(&actions, firstClosed);
     ::posix_spawnattr_init(&attributes);
     ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
     sigset_t signals;
@@ -78,7 +88,8 @@ int spawn(const std::vector<std::string>& command, const std::optional<std::vect
 }  // namespace
 
 std::variant<HelperLaunch, int> HelperLaunch::start(const std::vector<std::string>& command,
-                                                    const std::optional<std::vector<std::string>>& environment) {
+                                                    const std::optional<std::vector<std::string>>& environment,
+                                                    int inherited) {
     auto sockets = makeSocketPair();
     auto messages = sockets ? posix::makePipe() : std::nullopt;
     if (!messages) {
@@ -87,7 +98,9 @@ std::variant<HelperLaunch, int> HelperLaunch::start(const std::vector<std::strin
     ::fcntl(messages->readEnd.get(), F_SETFL, O_NONBLOCK);
     HelperLaunch launch;
     if (const int error =
-            spawn(command, environment, sockets->helpers.get(), messages->writeEnd.get(), launch.m_child)) {
+            spawn(command, environment,
+                  {.socket = sockets->helpers.get(), .messages = messages->writeEnd.get(), .inherited = inherited},
+                  launch.m_child)) {
         launch.m_child = -1;
         return error;
     }

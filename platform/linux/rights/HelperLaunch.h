@@ -20,13 +20,14 @@ namespace platform::rights {
 // when this object goes, unless the session was taken.
 class HelperLaunch {
 public:
-    // The path of the program, then its arguments. An environment of "NAME=value" replaces the program's own. Or an
-    // errno.
+    // The path of the program, then its arguments. An environment of "NAME=value" replaces the program's own. The
+    // program inherits one descriptor more than its standard streams as number 3, unless that is negative. Or an errno.
     static std::variant<HelperLaunch, int> start(const std::vector<std::string>& command,
-                                                 const std::optional<std::vector<std::string>>& environment = {});
+                                                 const std::optional<std::vector<std::string>>& environment = {},
+                                                 int inherited = -1);
 
     int socket() const { return m_socket.get(); }        // readable: look at progress()
-    int messages() const { return m_messages.get(); }    // reading end of its standard error, does not block
+    int messages() const { return m_messages.get(); }    // reading end of what it prints; does not block
     int exitWatch() const { return m_exitWatch.get(); }  // readable when the direct child has ended
 
     enum class Progress {

@@ -7,6 +7,7 @@
 
 namespace platform::rights {
 
+// Whatever pkexec finds wrong before anybody was asked makes this way unavailable, a rule that forbids it included.
 class PolkitStarter : public SessionStarter {
 public:
     explicit PolkitStarter(std::string pkexec = "/usr/bin/pkexec");
