@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -33,9 +34,14 @@ void setEnvironment() {
     ::setenv("LANG", "C.UTF-8", 1);
 }
 
+// Where even root may not go beyond a hard limit, as far as that.
 void setLimit(__rlimit_resource_t resource, rlim_t soft, rlim_t hard) {
-    const rlimit limit{soft, hard};
-    ::setrlimit(resource, &limit);
+    const rlimit wanted{soft, hard};
+    rlimit had{};
+    if (::setrlimit(resource, &wanted) != 0 && ::getrlimit(resource, &had) == 0) {
+        const rlimit possible{std::min(soft, had.rlim_max), had.rlim_max};
+        ::setrlimit(resource, &possible);
+    }
 }
 
 // A tool that is cut short by somebody else's limits leaves half a file.
