@@ -18,7 +18,7 @@ public:
 
     // Starts the tool. 0 or an errno: of starting it, EPERM when the helper finds it unsafe, EPIPE when the helper is
     // gone, E2BIG, EINVAL. With `drain` it returns once the tool has closed its output, else when it has
-    // ended or 20 ms later, and what it writes goes nowhere.
+    // ended or 100 ms later, and what it writes goes nowhere.
     int run(const std::string& tool, const std::vector<std::string>& arguments, bool drain);
 
     // Starts the tool and hands over the end of its output for reading.

@@ -23,7 +23,7 @@ namespace {
 
 // Whoever does not wait for a tool looks for its effect next. Most tools end within a few milliseconds, so a moment
 // here saves a much longer sleep there.
-constexpr std::chrono::milliseconds graceOfTool{20};
+constexpr std::chrono::milliseconds graceOfTool{100};
 
 }  // namespace
 
