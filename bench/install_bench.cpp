@@ -161,9 +161,9 @@ public:
         bench::Series own("installation into a folder of one's own");
         bench::Series roots("installation into a folder of root's");
         for (int round = 0; round < m_options.rounds; ++round) {
-            own.run([&] { return makePlace(ordinaryUser) && becomeOrdinary() && install(true); });
+            own.run([&] { return makePlace(ordinaryUser) && becomeOrdinary(home()) && install(true); });
             nextPlace();
-            roots.run([&] { return makePlace(0) && becomeOrdinary() && install(true); });
+            roots.run([&] { return makePlace(0) && becomeOrdinary(home()) && install(true); });
             nextPlace();
         }
         own.print();
@@ -206,9 +206,9 @@ private:
     }
 
     // The session is taken over while this is still possible, then nothing is left of root's rights but that session.
-    static bool becomeOrdinary() {
-        if (::setgroups(0, nullptr) != 0 || ::setresgid(ordinaryUser, ordinaryUser, ordinaryUser) != 0 ||
-            ::setresuid(ordinaryUser, 0, 0) != 0) {
+    static bool becomeOrdinary(const std::string& home) {
+        if (::setenv("HOME", home.c_str(), 1) != 0 || ::setgroups(0, nullptr) != 0 ||
+            ::setresgid(ordinaryUser, ordinaryUser, ordinaryUser) != 0 || ::setresuid(ordinaryUser, 0, 0) != 0) {
             return false;
         }
         auto host = platform::linux_host::services();
