@@ -24,9 +24,9 @@ void waitForFileCreation(const std::string& path, std::chrono::seconds timeout);
 void waitForFileWrites(const std::string& path);
 void waitForFileWrites(const std::string& path, const std::optional<std::string>& lockFile);
 
-// Whether any process has the file open for writing, as the host's tool for that says; waits for it, at most 3 seconds.
-// False when the tool is missing, fails or says nothing. Every word of its answer counts: one that holds a "w" or a "u"
-// anywhere makes it true.
+// Whether any process that may be looked at has the file open for writing, as the host's tool for that says; waits for
+// it, at most 3 seconds. False when the tool is missing or says nothing in time. Every word of its answer counts, a
+// complaint too when that is all it says: one that holds a "w" or a "u" anywhere makes it true.
 bool fileIsOpenForWriting(const std::string& path);
 
 }  // namespace KZFileManager
