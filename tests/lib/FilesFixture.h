@@ -27,6 +27,7 @@
 #include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/lib/KZAuthorizationReset.h"
+#include "tests/lib/KZLogTesting.h"
 #include "tests/lib/RecordingProcesses.h"
 
 class FilesFixture : public ::testing::Test {
@@ -43,6 +44,7 @@ protected:
         folders.temporary = disk / "tmp";
         std::filesystem::create_directories(folders.temporary);
         std::filesystem::create_directories(home + "/Library");
+        KZLogTesting::beginAfresh();  // another fixture may have named the process's log
         KZLog::createNewLog("Files");
         newLogEntries();
     }

@@ -1,8 +1,11 @@
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <ctime>
 
 #include "lib/KZAuthorization.h"
 #include "lib/base/Format.h"
+#include "tests/fakes/ScopedEnvironment.h"
 #include "tests/lib/FilesFixture.h"
 
 using ::testing::ElementsAre;
@@ -202,6 +205,24 @@ TEST_F(PrivilegedCommands, StampTheNameOfAnItemWhoseNameIsTakenInTheTrash) {
     session().authTrashFile(bare);
     EXPECT_THAT(authorization.executions[0].arguments[2], MatchesRegex(trash + "/A_20[0-9]{12}\\.txt"));
     EXPECT_THAT(authorization.executions[1].arguments[2], MatchesRegex(trash + "/Notes_20[0-9]{12}\\."));
+}
+
+TEST_F(PrivilegedCommands, StampByTheUsersClock) {
+    const auto file = add("A.txt");
+    add("home/.Trash/A.txt");
+    const fakes::ScopedEnvironment zone("TZ", "TST-14");  // fourteen hours ahead
+    const auto stamped = [&](std::time_t at) {
+        at += std::time_t{14} * 3600;
+        std::array<char, 32> text{};
+        std::tm there{};
+        std::strftime(text.data(), text.size(), "%Y%m%d%H%M%S", ::gmtime_r(&at, &there));
+        return trash + "/A_" + text.data() + ".txt";
+    };
+    const std::time_t before = std::time(nullptr);
+    EXPECT_TRUE(session().authTrashFile(file));
+    const std::string name = authorization.executions[0].arguments[2];
+    EXPECT_GE(name, stamped(before));
+    EXPECT_LE(name, stamped(std::time(nullptr)));
 }
 
 TEST_F(PrivilegedCommands, TrashIntoTheTrashOfTheUserWhoStartedTheProcess) {

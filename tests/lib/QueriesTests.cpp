@@ -197,6 +197,18 @@ TEST_F(DiskInformation, ThatCannotBeParsedIsReportedOnTheConsole) {
     EXPECT_THAT(console.lines(), ElementsAre(::testing::StartsWith("Error converting diskutil output: ")));
 }
 
+TEST_F(DiskInformation, IsMissingWhenTheToolHasNotAnsweredAfterFiveSeconds) {
+    const auto tool = add("diskutil", "#!/bin/sh\nexec sleep 60\n");
+    ::chmod(tool.c_str(), 0755);
+    processes.substitutes["/usr/sbin/diskutil"] = tool;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(KZFileManager::infoForDiskAtMountpoint("/"));
+    const auto time = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(time, std::chrono::seconds{5});
+    EXPECT_LT(time, std::chrono::seconds{15});
+    EXPECT_THAT(newLogEntries(), ElementsAre("Task /usr/sbin/diskutil timed out. Terminating..."));
+}
+
 TEST_F(DiskInformation, ThatIsNoDictionaryIsMissing) {
     toolPrints("<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>");
     EXPECT_EQ(KZFileManager::infoForDiskAtMountpoint("/Volumes/Data"), std::nullopt);

@@ -37,6 +37,17 @@ TEST_F(Touching, OfAWritableFileSucceedsWhateverTheToolDid) {
     EXPECT_THAT(workspace.notes, ElementsAre(file));
 }
 
+// The five seconds that the tool is given end nothing.
+TEST_F(Touching, WaitsForAToolThatTakesLongerThanItIsGiven) {
+    const auto file = add("file");
+    const auto tool = add("slow touch", "#!/bin/sh\nsleep 6\nprintf touched > \"$2\"\n");
+    std::filesystem::permissions(tool, std::filesystem::perms::owner_all);
+    processes.substitutes["/usr/bin/touch"] = tool;
+    EXPECT_TRUE(KZFileManager::touchFile(file));
+    EXPECT_EQ(read(file), "touched");
+    EXPECT_THAT(newLogEntries(), IsEmpty());
+}
+
 TEST_F(Touching, OfAFileThatIsNotWritableAsksForRightsAndWaitsForTheTool) {
     const auto file = add("file");
     files.alwaysFail(Operation::isWritable, EACCES);

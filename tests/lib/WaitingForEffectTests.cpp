@@ -121,6 +121,62 @@ TEST_F(WaitingForAnEffect, GivesUpWhenTheTimeIsUp) {
     EXPECT_GT(mainThread.slices, 10);
 }
 
+// Each of the five with its administrator's tool, whose effect the test makes come or not.
+struct Waiting {
+    const char* name;
+    std::function<bool(const std::string& file, const std::string& place)> call;
+    std::function<void(const std::string& file, const std::string& place)> effect;
+};
+
+class WaitingForTheEffectOf : public WaitingForAnEffect, public testing::WithParamInterface<Waiting> {
+protected:
+    void SetUp() override { onlyAdministratorsMayChangeAnything(); }
+
+    const std::string file = add("file");
+    const std::string place = disk / "place";
+};
+
+TEST_P(WaitingForTheEffectOf, AToolThatTakesItsTimeIsDone) {
+    std::thread tool;
+    authorization.runsTool = [&](const auto&) {
+        tool = std::thread([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds{500});
+            GetParam().effect(file, place);
+        });
+    };
+    bool done = false;
+    const auto time = timeOf([&] { done = GetParam().call(file, place); });
+    tool.join();
+    EXPECT_TRUE(done);
+    EXPECT_GE(time, std::chrono::milliseconds{450});
+    EXPECT_LT(time, std::chrono::milliseconds{1900});
+}
+
+TEST_P(WaitingForTheEffectOf, AToolThatDoesNothingIsGivenUp) {
+    bool done = true;
+    const auto time = timeOf([&] { done = GetParam().call(file, place); });
+    EXPECT_FALSE(done);
+    EXPECT_EQ(authorization.executions.size(), 1U);
+    EXPECT_GE(time, seconds{2});
+    EXPECT_LT(time, seconds{6});
+}
+
+const auto fileGoes = [](const std::string& file, const std::string&) { std::filesystem::remove(file); };
+const auto placeComes = [](const std::string&, const std::string& place) { std::filesystem::create_directory(place); };
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, WaitingForTheEffectOf,
+    testing::Values(
+        Waiting{"Trashing", [](auto& file, auto&) { return KZFileManager::trashFile(file, seconds{2}); }, fileGoes},
+        Waiting{"Removing", [](auto& file, auto&) { return KZFileManager::removeFile(file, seconds{2}); }, fileGoes},
+        Waiting{"CreatingAFolder", [](auto&, auto& place) { return KZFileManager::createDirectory(place, seconds{2}); },
+                placeComes},
+        Waiting{"Copying", [](auto& file, auto& place) { return KZFileManager::copyFile(file, place, seconds{2}); },
+                placeComes},
+        Waiting{"Moving", [](auto& file, auto& place) { return KZFileManager::moveFile(file, place, seconds{2}); },
+                fileGoes}),
+    [](const auto& one) { return one.param.name; });
+
 TEST_F(WaitingForAnEffect, LooksOnceWithoutAnyTime) {
     onlyAdministratorsMayChangeAnything();
     const auto file = add("file");

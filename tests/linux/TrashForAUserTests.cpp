@@ -6,8 +6,8 @@
 #include <thread>
 
 #include "platform/linux/services/workspace/Trash.h"
+#include "tests/fakes/PrivateMounts.h"
 #include "tests/linux/FilesFixture.h"
-#include "tests/linux/PrivateMounts.h"
 
 namespace {
 
