@@ -1,6 +1,7 @@
 """Rights through polkit, with the installer as the agent that asks: a bus and a polkit of each test's own."""
 import os
 import pathlib
+import re
 import shutil
 import signal
 import time
@@ -30,18 +31,20 @@ def beside(pid, name):
 
 
 def occurrences(pid, wanted):
-    """How often the bytes stand in the memory of the process."""
+    """How often the bytes stand in the memory that the process can write to."""
     found = 0
     with open(f"/proc/{pid}/maps", encoding="utf-8") as maps, open(f"/proc/{pid}/mem", "rb", buffering=0) as memory:
         for line in maps:
             begin, end = (int(number, 16) for number in line.split()[0].split("-"))
             if not line.split()[1].startswith("rw"):
                 continue
-            try:
-                memory.seek(begin)
-                found += memory.read(end - begin).count(wanted)
-            except OSError:
-                pass  # not there to be read, as the kernel's own pages
+            content = b""
+            while begin + len(content) < end:
+                try:
+                    content += os.pread(memory.fileno(), end - begin - len(content), begin + len(content))
+                except OSError:
+                    break  # the kernel's own pages
+            found += content.count(wanted)
     return found
 
 
@@ -237,6 +240,8 @@ class Polkit(PolkitCase):
         driver.ask("answer", "", "tell-tale wrong one", "60000")
         driver.ask("answer", "", password, "60000")
         self.assertEqual(driver.start(), "yes")
+        if re.search("lib[at]san", pathlib.Path(f"/proc/{driver.pid}/maps").read_text()):
+            self.skipTest("sanitizers keep memory that was given back, and terabytes of their own")
         self.assertGreater(occurrences(driver.pid, password.encode()), 0)
         self.assertEqual(occurrences(driver.pid, password.encode() + b"\n"), 0)
         self.assertEqual(occurrences(driver.pid, b"tell-tale wrong one\n"), 0)
