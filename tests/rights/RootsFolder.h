@@ -35,7 +35,7 @@ protected:
     std::string at(const std::string& name) const { return m_folder / name; }
 
     std::string makeFolder(const std::string& name, uid_t owner = 0, mode_t mode = 0755) const {
-        const std::string path = at(name);
+        std::string path = at(name);
         succeeded(::mkdir(path.c_str(), 0700));
         succeeded(::chmod(path.c_str(), mode));
         succeeded(::lchown(path.c_str(), owner, owner));
@@ -44,7 +44,7 @@ protected:
     }
 
     std::string makeFile(const std::string& name, uid_t owner = 0, const std::string& text = "text") const {
-        const std::string path = at(name);
+        std::string path = at(name);
         std::ofstream(path) << text;
         succeeded(::chmod(path.c_str(), 0644));
         succeeded(::lchown(path.c_str(), owner, owner));
@@ -52,7 +52,7 @@ protected:
     }
 
     std::string makeLink(const std::string& name, const std::string& target, uid_t owner = 0) const {
-        const std::string path = at(name);
+        std::string path = at(name);
         succeeded(::symlink(target.c_str(), path.c_str()));
         succeeded(::lchown(path.c_str(), owner, owner));
         return path;
