@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QComboBox>
+#include <QImage>
+#include <QLineEdit>
 #include <QScrollBar>
 #include <QStyleOptionSlider>
 #include <QTest>
@@ -77,4 +80,32 @@ TEST_F(TheScrollBar, ShowsNoHandleWhereThereIsNothingToScroll) {
     bar.setRange(0, 0);
     const QImage shown = bar.grab().toImage();
     EXPECT_EQ(shown.pixelColor(7, 200), shown.pixelColor(0, 0));
+}
+
+namespace {
+
+// The colour in the middle of the left edge, against the one of the window around it.
+double contrastOfEdge(QWidget& field, platform::qt::Appearance appearance) {
+    const QPalette palette = platform::qt::paletteFor(appearance);
+    field.setPalette(palette);
+    field.resize(120, 32);
+    const QImage drawn = field.grab().toImage();
+    return platform::qt::contrast(drawn.pixelColor(0, drawn.height() / 2), palette.color(QPalette::Window));
+}
+
+}  // namespace
+
+TEST(AField, HasAnEdgeThatIsSeenInBothAppearances) {
+    platform::qt::InstallerStyle style;
+    for (const auto appearance : {platform::qt::Appearance::light, platform::qt::Appearance::dark}) {
+        QLineEdit line;
+        QComboBox choice;
+        QComboBox editable;
+        editable.setEditable(true);
+        for (QWidget* field :
+             {static_cast<QWidget*>(&line), static_cast<QWidget*>(&choice), static_cast<QWidget*>(&editable)}) {
+            field->setStyle(&style);
+            EXPECT_GE(contrastOfEdge(*field, appearance), 3.0) << field->metaObject()->className();
+        }
+    }
 }

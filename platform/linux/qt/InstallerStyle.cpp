@@ -16,7 +16,8 @@ namespace {
 constexpr double corner = 5;
 constexpr int sidePadding = 14;
 constexpr int heightPadding = 14;
-constexpr int ringRoom = 3;  // kept free around a button for the ring of the focus
+constexpr int ringRoom = 3;    // kept free around a button for the ring of the focus
+constexpr double chevron = 4;  // half of its width
 constexpr int scrollBarWidth = 14;
 constexpr int leastHandle = 28;
 constexpr double handleInset = 3;
@@ -53,6 +54,30 @@ void drawButton(const QStyleOptionButton& button, QPainter& painter) {
     painter.restore();
 }
 
+// The edge and the ground of a field to type into, or to choose from.
+void drawField(const QStyleOption& field, const QColor& ground, QPainter& painter) {
+    const bool isEnabled = field.state.testFlag(QStyle::State_Enabled);
+    const bool hasFocus = isEnabled && field.state.testFlag(QStyle::State_HasFocus);
+    const double line = hasFocus ? 2 : 1;
+    const auto edge = hasFocus ? QPalette::Highlight : isEnabled ? QPalette::PlaceholderText : QPalette::Mid;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(field.palette.color(edge), line));
+    painter.setBrush(ground);
+    painter.drawRoundedRect(QRectF(field.rect).adjusted(line / 2, line / 2, -line / 2, -line / 2), corner, corner);
+    painter.restore();
+}
+
+void drawChevron(const QStyleOptionComboBox& box, const QRect& place, QPainter& painter) {
+    const QPointF center = QRectF(place).center();
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(box.palette.color(QPalette::Text), 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(QPolygonF({center + QPointF(-chevron, -chevron / 2), center + QPointF(0, chevron / 2),
+                                    center + QPointF(chevron, -chevron / 2)}));
+    painter.restore();
+}
+
 // Of the way of a scroll bar's handle: where it begins, and how long it is.
 struct Span {
     int begin;
@@ -74,6 +99,16 @@ Span handleOf(const QStyleOptionSlider& bar) {
 
 InstallerStyle::InstallerStyle() : QProxyStyle(QStyleFactory::create(QString::fromLatin1("Fusion"))) {}
 
+void InstallerStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                                   const QWidget* widget) const {
+    const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+    if (frame != nullptr && element == PE_PanelLineEdit && frame->lineWidth > 0) {
+        drawField(*frame, frame->palette.color(QPalette::Base), *painter);
+    } else {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+}
+
 void InstallerStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                                  const QWidget* widget) const {
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
@@ -91,6 +126,12 @@ void InstallerStyle::drawControl(ControlElement element, const QStyleOption* opt
 
 void InstallerStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
                                         const QWidget* widget) const {
+    const auto* box = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+    if (box != nullptr && control == CC_ComboBox) {
+        drawField(*box, box->palette.color(box->editable ? QPalette::Base : QPalette::Button), *painter);
+        drawChevron(*box, subControlRect(CC_ComboBox, box, SC_ComboBoxArrow, widget), *painter);
+        return;
+    }
     const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
     if (bar == nullptr || control != CC_ScrollBar) {
         QProxyStyle::drawComplexControl(control, option, painter, widget);

@@ -1,5 +1,5 @@
-// Fusion with push buttons that are flat, roomy and show plainly where the focus is, and with scroll bars that are a
-// handle that is plainly seen.
+// Fusion with push buttons that are flat, roomy and show plainly where the focus is, with fields whose edge is seen in
+// the dark too, and with scroll bars that are a handle that is plainly seen.
 #pragma once
 
 #include <QProxyStyle>
@@ -12,6 +12,8 @@ class InstallerStyle : public QProxyStyle {
 public:
     InstallerStyle();
 
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override;
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
