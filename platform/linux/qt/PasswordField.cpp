@@ -112,6 +112,7 @@ bool isRefused(const QKeyEvent& event) {
 PasswordField::PasswordField(QWidget* parent) : QLineEdit(parent) {
     setEchoMode(Password);
     setDragEnabled(false);
+    setTextMargins(4, 0, 4, 0);
     connect(this, &QLineEdit::textChanged, this, &PasswordField::follow);
 }
 

@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <utility>
 
+#include "platform/linux/qt/PasswordField.h"
 #include "platform/linux/qt/PasswordSheet.h"
 #include "platform/linux/qt/PasswordWindow.h"
 #include "platform/linux/qt/SheetOverlay.h"
@@ -95,6 +96,9 @@ void QtPasswordPrompt::answer(std::optional<rights::PasswordAnswer> given) {
 
 // Deleted later: this may be running because one of its buttons was pressed.
 void QtPasswordPrompt::takeAway() {
+    if (m_sheet) {
+        m_sheet->field().clear();
+    }
     if (m_overlay) {
         m_overlay->release();
         m_overlay = nullptr;
