@@ -10,7 +10,9 @@
 #include "platform/linux/qt/QtAlerts.h"
 #include "platform/linux/qt/QtApplication.h"
 #include "platform/linux/qt/QtMainThread.h"
+#include "platform/linux/qt/QtPasswordPrompt.h"
 #include "platform/linux/qt/SignalWatch.h"
+#include "platform/linux/rights/LinuxAuthorization.h"
 #include "platform/linux/services/LinuxHost.h"
 #include "platform/posix/ProcessStart.h"
 
@@ -67,6 +69,8 @@ int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
     services.mainThread = new qt::QtMainThread;
     services.application = application;
     services.alerts = new qt::QtAlerts;
+    auto* const passwordPrompt = new qt::QtPasswordPrompt(*application);
+    services.authorization = new rights::LinuxAuthorization(*services.mainThread, passwordPrompt);
     setHost(services);
     running = application;
     std::atexit(finishOnExit);
@@ -74,6 +78,7 @@ int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
     new qt::SignalWatch([application] { application->terminate(); });
 
     auto* const window = new qt::MainWindow;
+    passwordPrompt->attachTo(*window);
     auto* const delegate = makeDelegate(window->outlets()).release();
     window->onClosed([application, delegate] {
         if (delegate->applicationShouldTerminateAfterLastWindowClosed()) {

@@ -77,6 +77,11 @@ class Display:
     def press(self, *keys):
         self.xdotool("key", "--clearmodifiers", *keys)
 
+    def type(self, text):
+        """Types it, key by key; it is in no argument."""
+        subprocess.run(["xdotool", "type", "--delay", "20", "--file", "-"], input=text, text=True, check=True,
+                       env={**os.environ, "DISPLAY": self.name}, timeout=20)
+
     def close_window(self, window):
         ask_to_close(self.name, window)
 

@@ -63,6 +63,10 @@ class Installer:
     def focused(self):
         return next((node for node in self.nodes() if node.focused), None)
 
+    def asks_for_password(self):
+        focused = self.focused()
+        return focused is not None and focused.role == "password text" and focused.enabled
+
     def titles(self):
         return sorted(self.session.display.windows(self.process.pid).values())
 
