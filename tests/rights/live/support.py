@@ -4,6 +4,7 @@ import pathlib
 import secrets
 import select
 import shutil
+import signal
 import subprocess
 import tempfile
 import time
@@ -24,7 +25,9 @@ class Account:
         self.uid = int(subprocess.check_output(["id", "-u", self.name]))
 
     def remove(self):
-        subprocess.run(["userdel", "--remove", self.name], capture_output=True, check=False)
+        # What was orphaned may still be waiting to be reaped, and somebody else may hold the lock of the accounts.
+        wait_until(lambda: subprocess.run(["userdel", "--force", "--remove", self.name], capture_output=True,
+                                          check=False).returncode in (0, 6, 12))
         shutil.rmtree(f"/run/sudo/ts/{self.name}", ignore_errors=True)
         for path in (f"/run/sudo/ts/{self.name}", f"/var/lib/sudo/lectured/{self.name}"):
             if os.path.isfile(path):
@@ -102,7 +105,7 @@ class Driver:
         try:
             self.process.wait(10)
         except subprocess.TimeoutExpired:
-            self.process.kill()
+            os.killpg(self.process.pid, signal.SIGKILL)  # runuser and the driver below it
             self.process.wait()
         self.process.stdout.close()
         self.messages.close()
