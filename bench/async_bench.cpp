@@ -59,7 +59,7 @@ private:
     bool m_ended = false;
 };
 
-bool readByHand(std::string bytes) {
+bool readByHand(const std::string& bytes) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) {
         fail("pipe2");

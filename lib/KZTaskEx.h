@@ -132,7 +132,7 @@ public:
     // way is ended first; a callback may start the next.
     template <typename Delegate>
     void asyncDataFromTask(const std::string& launchPath, const Arguments& arguments, Delegate* delegate,
-                           std::type_identity_t<AsyncSelector<Delegate>> selector, AsyncObject object,
+                           std::type_identity_t<AsyncSelector<Delegate>> selector, const AsyncObject& object,
                            const std::optional<Environment>& environment = std::nullopt) {
         AsyncCallback callback;
         if (delegate != nullptr && selector != nullptr) {
@@ -140,7 +140,7 @@ public:
                 (delegate->*selector)(data, task, context);
             };
         }
-        startAsync({launchPath, arguments, environment}, delegate, std::move(callback), std::move(object));
+        startAsync({launchPath, arguments, environment}, delegate, std::move(callback), object);
     }
 
     // Ends the run early, also from within the callback: closes the output, forgets the delegate and asks the tool and

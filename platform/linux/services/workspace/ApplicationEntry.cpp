@@ -77,7 +77,7 @@ std::string stringOf(const PropertyDictionary& information, const char* key) {
 // Empty when the bundle lacks it.
 std::string programOf(const std::string& bundle, const std::string& executable) {
     for (const char* folder : {"Contents/Linux", "Contents/MacOS"}) {
-        const std::string path = joinPath(joinPath(bundle, folder), executable);
+        std::string path = joinPath(joinPath(bundle, folder), executable);
         if (isProgram(path)) {
             return path;
         }
