@@ -32,7 +32,6 @@
 #include "tests/lib/KZAuthorizationReset.h"
 #include "tests/lib/KZLogTesting.h"
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -80,7 +79,7 @@ protected:
     void TearDown() override { KZLogTesting::beginAfresh(); }
 
     std::string add(const std::string& name, const std::string& contents = "contents") const {
-        const std::string path = disk / name;
+        std::string path = disk / name;
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
         writeFile(path, contents);
         return path;
