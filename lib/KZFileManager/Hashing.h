@@ -18,7 +18,7 @@ struct ChecksumDelegate {
     // nothing. An answer that throws counts as a yes.
     //
     // A read that is cut short ahead of the end puts the count off those multiples: for the rest of that file nothing
-    // is asked any more.
+    // is asked any more, unless at its very end, when its size is such a multiple.
     std::function<bool(const std::string& path)> checksumShouldContinue;
 };
 

@@ -4,6 +4,7 @@
 #include "tests/fakes/FakeAlerts.h"
 #include "tests/fakes/FakeApplication.h"
 #include "tests/fakes/FakeAuthorization.h"
+#include "tests/fakes/FakeBackgroundQueue.h"
 #include "tests/fakes/FakeConsole.h"
 #include "tests/fakes/FakeControls.h"
 #include "tests/fakes/FakeFileManager.h"
