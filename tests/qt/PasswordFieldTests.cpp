@@ -22,6 +22,7 @@ class APasswordField : public testing::Test {
 protected:
     APasswordField() {
         field.show();
+        field.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&field));
         field.setFocus();
     }

@@ -23,7 +23,6 @@ using platform::qt::PasswordField;
 using platform::qt::PasswordSheet;
 using platform::qt::PasswordWindow;
 using platform::qt::SheetOverlay;
-using platform::rights::Administrator;
 using platform::rights::PasswordAnswer;
 using platform::rights::PasswordRequest;
 using testing::ElementsAre;

@@ -194,22 +194,26 @@ void PasswordField::follow(const QString& shown) {
 }
 
 void PasswordField::keyPressEvent(QKeyEvent* event) {
-    const bool isSelectionPaste =
-        event->key() == Qt::Key_Insert && event->modifiers() == (Qt::ControlModifier | Qt::ShiftModifier);
-    if (isEchoed()) {
+    if (isEchoed() || !takeKey(*event)) {
         QLineEdit::keyPressEvent(event);
-    } else if (isRefused(*event)) {
-        event->accept();
-    } else if (isSelectionPaste) {
-        paste(QClipboard::Selection);
-    } else if (event->matches(QKeySequence::Paste)) {
-        paste(QClipboard::Clipboard);
-    } else if (isTyped(*event)) {
-        insertText(event->text());
-        event->accept();
-    } else {
-        QLineEdit::keyPressEvent(event);
+        return;
     }
+    event->accept();
+}
+
+// The keys that the widget would put text in by, or take it out. Those that remove text are followed afterwards.
+bool PasswordField::takeKey(const QKeyEvent& event) {
+    const bool isSelectionPaste =
+        event.key() == Qt::Key_Insert && event.modifiers() == (Qt::ControlModifier | Qt::ShiftModifier);
+    if (isSelectionPaste || event.matches(QKeySequence::Paste)) {
+        paste(isSelectionPaste ? QClipboard::Selection : QClipboard::Clipboard);
+        return true;
+    }
+    if (isTyped(event)) {
+        insertText(event.text());
+        return true;
+    }
+    return isRefused(event);
 }
 
 // What is still being composed is not shown: it would be readable.

@@ -36,6 +36,7 @@ protected:
 
 private:
     bool isEchoed() const { return echoMode() == Normal; }
+    bool takeKey(const QKeyEvent& event);
     void paste(int clipboardMode);
     void follow(const QString& shown);
     void replace(qsizetype position, qsizetype length, const QString& text);
