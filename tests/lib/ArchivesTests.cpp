@@ -82,4 +82,51 @@ TEST_F(Archives, TakeNoPathForAnOption) {
     EXPECT_THAT(arguments(), ElementsAre("-ck", "--keepParent", "./-folder", disk / "a.zip"));
 }
 
+// With the tool that the bundle carries.
+class ArchivesOfTheShippedTool : public FilesFixture {
+protected:
+    ArchivesOfTheShippedTool() { processes.substitutes["/usr/bin/ditto"] = WICKFIELD_TOOLS_FOLDER "/ditto"; }
+};
+
+TEST_F(ArchivesOfTheShippedTool, BringBackWhatWasPutIn) {
+    add("folder/sub/file", "text");
+    addLink("folder/link", "sub/file");
+    ASSERT_TRUE(KZFileManager::compressFile(disk / "folder", disk / "a.zip"));
+    ASSERT_TRUE(KZFileManager::decompressFile(disk / "a.zip", disk / "out"));
+    EXPECT_EQ(read(disk / "out/folder/sub/file"), "text");
+    EXPECT_EQ(std::filesystem::read_symlink(disk / "out/folder/link"), "sub/file");
+}
+
+TEST_F(ArchivesOfTheShippedTool, HoldTheContentsAloneWithoutTheParent) {
+    add("folder/file", "text");
+    ASSERT_TRUE(KZFileManager::compressFile(disk / "folder", disk / "a.zip", IncludeParent::no));
+    ASSERT_TRUE(KZFileManager::decompressFile(disk / "a.zip", disk / "out"));
+    EXPECT_EQ(read(disk / "out/file"), "text");
+}
+
+TEST_F(ArchivesOfTheShippedTool, AreNotMadeOfWhatIsNotThere) {
+    EXPECT_FALSE(KZFileManager::compressFile(disk / "missing", disk / "a.zip"));
+    EXPECT_FALSE(stands(disk / "a.zip"));
+}
+
+TEST_F(ArchivesOfTheShippedTool, GiveNoFolderWhenTheyAreDamaged) {
+    add("folder/file", std::string(1000, 'x'));
+    ASSERT_TRUE(KZFileManager::compressFile(disk / "folder", disk / "a.zip"));
+    std::filesystem::resize_file(disk / "a.zip", 50);
+    EXPECT_FALSE(KZFileManager::decompressFile(disk / "a.zip", disk / "out"));
+    EXPECT_FALSE(stands(disk / "out"));
+}
+
+TEST_F(ArchivesOfTheShippedTool, MayHaveNamesThatLookLikeOptions) {
+    add("-xk", "text");
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(disk.path());
+    const bool packed = KZFileManager::compressFile("-xk", "-ck");
+    const bool unpacked = KZFileManager::decompressFile("-ck", "--keepParent");
+    std::filesystem::current_path(before);
+    EXPECT_TRUE(packed);
+    EXPECT_TRUE(unpacked);
+    EXPECT_EQ(read(disk / "--keepParent/-xk"), "text");
+}
+
 }  // namespace

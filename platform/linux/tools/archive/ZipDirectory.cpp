@@ -56,8 +56,8 @@ std::optional<EndRecord> findWideEnd(int file, const EndRecord& end) {
         return std::nullopt;
     }
     const std::uint64_t locator = end.position - zip::wideLocatorSize;
-    zip::Fields locatorFields(readAt(file, locator, zip::wideLocatorSize));
-    if (locatorFields.u32() != zip::wideLocatorSignature) {
+    const std::string locatorBytes = readAt(file, locator, zip::wideLocatorSize);
+    if (zip::Fields(locatorBytes).u32() != zip::wideLocatorSignature) {
         return std::nullopt;
     }
     const std::uint64_t position = locator - zip::wideEndSize;

@@ -39,7 +39,8 @@ constexpr std::uint32_t narrow32 = 0xffffffffU;  // likewise
 // Numbers are read one after another. Reading past the end gives 0 and makes the fields unsound.
 class Fields {
 public:
-    explicit Fields(std::string_view bytes) : m_bytes(bytes) {}
+    explicit Fields(std::string_view bytes) : m_bytes(bytes) {}  // not owned
+    explicit Fields(std::string&&) = delete;
 
     std::uint8_t u8() { return static_cast<std::uint8_t>(number<1>()); }
     std::uint16_t u16() { return static_cast<std::uint16_t>(number<2>()); }
