@@ -134,13 +134,17 @@ void AsyncRun::terminate() {
 }
 
 void AsyncRun::awaitCallback() {
-    auto& mainThread = *platform::host().mainThread;
-    const bool onMainThread = mainThread.isCurrent();
-    while (onMainThread && !m_calling.try_lock()) {
-        mainThread.runNextEvent(slice);
+    if (m_calling.try_lock()) {
+        m_calling.unlock();
+        return;
     }
-    if (!onMainThread) {
-        m_calling.lock();
+    auto& mainThread = *platform::host().mainThread;
+    if (!mainThread.isCurrent()) {
+        const std::lock_guard lock(m_calling);
+        return;
+    }
+    while (!m_calling.try_lock()) {
+        mainThread.runNextEvent(slice);
     }
     m_calling.unlock();
 }

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "lib/KZTaskEx.h"
+#include "tests/fakes/FailingFileManager.h"
 #include "tests/fakes/ProcessCensus.h"
 #include "tests/lib/TaskFixture.h"
 
@@ -82,6 +83,25 @@ private:
     std::thread::id m_thread;
 };
 
+// A thread that has come by says so when it ends, in a way that a sanitizer understands.
+class Visitor {
+public:
+    static void note() { thread_local const Visitor here; }
+    static void meetThoseThatLeft() { left.load(); }
+    ~Visitor() { ++left; }
+
+private:
+    static inline std::atomic<int> left = 0;
+};
+
+class VisitedMainThread : public platform::posix::MainQueue {
+public:
+    bool isCurrent() override {
+        Visitor::note();
+        return MainQueue::isCurrent();
+    }
+};
+
 // The threads of background runs use the host and the log until they are done; only then may these go.
 class BackgroundFixture : public TaskFixture {
 protected:
@@ -91,9 +111,33 @@ protected:
     }
     void TearDown() override {
         EXPECT_TRUE(within(patience, [this] { return ProcessCensus::take().threads <= m_threads; }));
+        Visitor::meetThoseThatLeft();
+    }
+
+    VisitedMainThread visitedMainThread;
+    fakes::FailingFileManager visitedFiles{*platform::linux_host::services().files,
+                                           [](const fakes::FailingFileManager::Call&) {
+                                               Visitor::note();
+                                               return std::nullopt;
+                                           }};
+
+    // The tools of the host that only seem to run, for the rest of the test.
+    fakes::FakeProcesses& pretendTools() {
+        auto host = platform::host();
+        host.processes = &pretendedTools;
+        platform::setHost(host);
+        return pretendedTools;
     }
 
 private:
+    platform::Host makeVisitedHost() {
+        auto host = makeHost();
+        host.mainThread = &visitedMainThread;
+        host.files = &visitedFiles;
+        return host;
+    }
+
+    platform::ScopedHost m_visited{makeVisitedHost()};
     std::size_t m_threads = 0;
 };
 
@@ -356,7 +400,7 @@ TEST_F(EndingABackgroundRun, OnTheMainThreadServesACallbackThatNeedsIt) {
     bool done = false;
     reader.whenCalled = [&](const std::string&, KZTaskEx&) {
         entered = true;
-        mainThread.performAndWait([&done] { done = true; });
+        visitedMainThread.performAndWait([&done] { done = true; });
     };
     start("echo; exec sleep 60");
     ASSERT_TRUE(within(patience, [&] { return entered.load(); }));

@@ -9,7 +9,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using fakes::FailingFileManager;
 using KZFileManager::FinderColor;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -25,7 +24,7 @@ protected:
     }
     std::vector<std::string> newConsoleLines() {
         const auto lines = console.lines();
-        const std::vector<std::string> fresh(lines.begin() + static_cast<std::ptrdiff_t>(m_linesRead), lines.end());
+        std::vector<std::string> fresh(lines.begin() + static_cast<std::ptrdiff_t>(m_linesRead), lines.end());
         m_linesRead = lines.size();
         return fresh;
     }
