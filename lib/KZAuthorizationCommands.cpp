@@ -60,8 +60,7 @@ std::int32_t KZAuthorization::authExecTask(const std::string& tool, const std::v
 
 std::int32_t KZAuthorization::authExecTask(const std::string& tool, const std::vector<std::string>& parameters,
                                            Async async) {
-    const std::string located = platform::host().processes->locateTool(tool);
-    if (!platform::host().files->fileExists(located)) {
+    if (!platform::host().files->fileExists(tool)) {
         report("Unable to execute task: path %@ doesn't exist", tool);
         return toolMissing;
     }
@@ -83,7 +82,7 @@ std::int32_t KZAuthorization::authExecTask(const std::string& tool, const std::v
     if (!isAuthorized() || service == nullptr) {
         return notAuthorized;
     }
-    return service->execute(*m_authRef, located, parameters, async == Async::no);
+    return service->execute(*m_authRef, tool, parameters, async == Async::no);
 }
 
 bool KZAuthorization::startTool(const std::string& tool, const std::vector<std::string>& parameters) {

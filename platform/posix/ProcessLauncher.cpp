@@ -4,7 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <string_view>
+#include <algorithm>
 #include <utility>
 
 #include "platform/posix/ChildProcess.h"
@@ -31,13 +31,9 @@ void restoreChildSignal() {
     }
 }
 
-bool isSystemFolder(std::string_view folder) {
-    return folder == "/bin" || folder == "/sbin" || folder == "/usr/bin" || folder == "/usr/sbin";
-}
-
 }  // namespace
 
-ProcessLauncher::ProcessLauncher(std::string shippedTools)
+ProcessLauncher::ProcessLauncher(ShippedTools shippedTools)
     : m_shippedTools(std::move(shippedTools)), m_nullDevice(openNullDevice()) {
     restoreChildSignal();
 }
@@ -47,18 +43,11 @@ std::shared_ptr<Process> ProcessLauncher::make(ProcessOptions options) {
 }
 
 std::string ProcessLauncher::locateTool(const std::string& path) {
-    if (m_shippedTools.empty() || !path.starts_with('/')) {
+    if (std::ranges::find(m_shippedTools.paths, path) == m_shippedTools.paths.end()) {
         return path;
     }
-    const auto slash = path.rfind('/');
-    if (!isSystemFolder(std::string_view(path).substr(0, slash)) && ::access(path.c_str(), F_OK) == 0) {
-        return path;
-    }
-    std::string shipped = m_shippedTools + path.substr(slash);
-    if (shipped.back() == '/' || ::access(shipped.c_str(), X_OK) != 0) {
-        return path;
-    }
-    return shipped;
+    const std::string shipped = m_shippedTools.folder + path.substr(path.rfind('/'));
+    return ::access(shipped.c_str(), X_OK) == 0 ? shipped : path;
 }
 
 }  // namespace platform::posix

@@ -3,28 +3,33 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/ports/Processes.h"
 #include "platform/posix/Descriptor.h"
 
 namespace platform::posix {
 
+// Tools that come with the program, for hosts that have none of theirs or one that takes other arguments.
+struct ShippedTools {
+    std::string folder;
+    std::vector<std::string> paths;  // those of the system's tools that they stand for
+};
+
 // Processes that it made may outlive it.
 class ProcessLauncher : public Processes {
 public:
-    // `shippedTools` is the folder of the tools that come with the program, empty when there are none. A program that
-    // was started with SIGCHLD ignored gets it back: no exit status would ever be seen otherwise.
-    explicit ProcessLauncher(std::string shippedTools = {});
+    // A program that was started with SIGCHLD ignored gets it back: no exit status would ever be seen otherwise.
+    explicit ProcessLauncher(ShippedTools shippedTools = {});
 
     std::shared_ptr<Process> make(ProcessOptions options) override;
 
-    // A tool of the system is looked for, by its name, among those that come with the program first: where both are
-    // there, that is the one which is known to take the command line that is meant. Any other path is looked for there
-    // only when nothing stands at it.
+    // The shipped tool that stands for the path, when it is there. Every other path stays as it is, so that nothing
+    // laid beside the program is ever run in place of a tool of the system.
     std::string locateTool(const std::string& path) override;
 
 private:
-    const std::string m_shippedTools;
+    const ShippedTools m_shippedTools;
     const std::shared_ptr<const Descriptor> m_nullDevice;
 };
 

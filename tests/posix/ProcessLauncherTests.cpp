@@ -11,35 +11,35 @@ namespace {
 
 using platform::posix::ProcessLauncher;
 
-TEST(LocatingATool, PrefersTheOneThatComesWithTheProgramToTheSystems) {
+TEST(LocatingATool, FindsTheOneThatComesWithTheProgramInPlaceOfTheSystems) {
     const ScriptFile shipped("#!/bin/bash\n");
     std::filesystem::rename(shipped.path(), shipped.beside("true"));
-    ProcessLauncher launcher(std::filesystem::path(shipped.path()).parent_path());
+    ProcessLauncher launcher({.folder = std::filesystem::path(shipped.path()).parent_path(), .paths = {"/bin/true"}});
     EXPECT_EQ(launcher.locateTool("/bin/true"), shipped.beside("true"));
-    EXPECT_EQ(launcher.locateTool("/bin/false"), "/bin/false");
 }
 
-TEST(LocatingATool, LeavesAnExistingOneThatIsNotTheSystems) {
+TEST(LocatingATool, FindsTheOneThatComesWithTheProgramWhereTheSystemHasNone) {
     const ScriptFile shipped("#!/bin/bash\n");
-    const ScriptFile own("#!/bin/bash\n");  // of the same name
-    ProcessLauncher launcher(std::filesystem::path(shipped.path()).parent_path());
-    EXPECT_EQ(launcher.locateTool(own.path()), own.path());
-}
-
-TEST(LocatingATool, FindsTheOneThatComesWithTheProgram) {
-    const ScriptFile shipped("#!/bin/bash\n");
-    ProcessLauncher launcher(std::filesystem::path(shipped.path()).parent_path());
+    ProcessLauncher launcher(
+        {.folder = std::filesystem::path(shipped.path()).parent_path(), .paths = {"/no/such/folder/script"}});
     EXPECT_EQ(launcher.locateTool("/no/such/folder/script"), shipped.path());
 }
 
-TEST(LocatingATool, LeavesThePathOfOneThatIsNowhere) {
-    ProcessLauncher launcher("/no/such/folder");
-    EXPECT_EQ(launcher.locateTool("/usr/bin/no-such-tool"), "/usr/bin/no-such-tool");
+TEST(LocatingATool, IsNotMisledByAFileLaidBesideTheShippedTools) {
+    const ScriptFile planted("#!/bin/bash\n");
+    std::filesystem::rename(planted.path(), planted.beside("true"));
+    ProcessLauncher launcher({.folder = std::filesystem::path(planted.path()).parent_path(), .paths = {"/bin/false"}});
+    EXPECT_EQ(launcher.locateTool("/bin/true"), "/bin/true");
+    EXPECT_EQ(launcher.locateTool("/no/such/folder/true"), "/no/such/folder/true");
+}
+
+TEST(LocatingATool, LeavesThePathWhenTheShippedToolIsMissing) {
+    ProcessLauncher launcher({.folder = "/no/such/folder", .paths = {"/usr/bin/ditto"}});
+    EXPECT_EQ(launcher.locateTool("/usr/bin/ditto"), "/usr/bin/ditto");
 }
 
 TEST(LocatingATool, LeavesRelativeAndOddPaths) {
-    const ScriptFile shipped("#!/bin/bash\n");
-    ProcessLauncher launcher(std::filesystem::path(shipped.path()).parent_path());
+    ProcessLauncher launcher({.folder = "/bin", .paths = {"/usr/bin/ditto"}});
     EXPECT_EQ(launcher.locateTool("script"), "script");
     EXPECT_EQ(launcher.locateTool(""), "");
     EXPECT_EQ(launcher.locateTool("/no/such/"), "/no/such/");
@@ -47,7 +47,8 @@ TEST(LocatingATool, LeavesRelativeAndOddPaths) {
 
 TEST(LocatingATool, IgnoresAShippedFileThatIsNotExecutable) {
     const ScriptFile shipped("text", 0644);
-    ProcessLauncher launcher(std::filesystem::path(shipped.path()).parent_path());
+    ProcessLauncher launcher(
+        {.folder = std::filesystem::path(shipped.path()).parent_path(), .paths = {"/no/such/folder/script"}});
     EXPECT_EQ(launcher.locateTool("/no/such/folder/script"), "/no/such/folder/script");
 }
 

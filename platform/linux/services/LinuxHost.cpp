@@ -20,8 +20,10 @@ namespace platform::linux_host {
 
 namespace {
 
-std::string toolsBeside(const std::string& executable) {
-    return executable.substr(0, executable.rfind('/') + 1) + "tools";
+// Linux has no ditto and no diskutil, and its xattr and lsof take other arguments.
+posix::ShippedTools toolsBeside(const std::string& executable) {
+    return {.folder = executable.substr(0, executable.rfind('/') + 1) + "tools",
+            .paths = {"/usr/bin/ditto", "/usr/bin/xattr", "/usr/sbin/diskutil", "/usr/sbin/lsof"}};
 }
 
 struct Services {
