@@ -63,6 +63,15 @@ make_account() {
     printf '%s\n' "$name"
 }
 
+# Lets such an account become root with a password of its own, which is printed.
+make_administrator() {
+    local name=$1 password
+    password="demo $(od -An -N8 -tx1 /dev/urandom | tr -d ' \n')"
+    printf '%s:%s\n' "$name" "$password" | chpasswd
+    usermod --append --groups sudo "$name"
+    printf '%s\n' "$password"
+}
+
 # Removes such an account with all that it left behind. Its last processes are given a moment to end.
 remove_account() {
     local name=$1 uid
@@ -72,6 +81,7 @@ remove_account() {
     done
     find /tmp /var/tmp /dev/shm -xdev -user "$uid" -prune -exec rm -rf {} + 2> /dev/null || true
     userdel --remove "$name" > /dev/null 2>&1 || true
+    rm -f "/run/sudo/ts/$name" "/var/lib/sudo/lectured/$name"
 }
 
 # Sends a signal to every process of a throw-away account, then waits up to two seconds for them to be gone.

@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
-"""Shows the sample installer at work on a display that nobody sees: drive-demo.py BUNDLE HOME PICTURES
+"""Shows the sample installer at work on a display that nobody sees: drive-demo.py BUNDLE HOME PICTURES [PROTECTED]
 
-Three rounds: a fresh installation, the same again over it, and one that is refused a folder. Every step is a real key
-press from outside the program; each state is left as a picture.
+Rounds: a fresh installation, the same again over it, and one that is refused a folder. PROTECTED is another home, in which
+a folder belongs to root; with it comes this account's password on standard input, and a round in which an administrator
+allows what was refused. Every step is a real key press from outside the program; each state is left as a picture.
 """
 import os
 import shutil
 import sys
 import tempfile
+import time
 from collections import Counter
 from pathlib import Path
 
@@ -63,8 +65,11 @@ def say_what_was_logged(home, before):
 
 
 class Round:
-    def __init__(self, number, session, bundle, home, pictures):
+    """`answers`: what is typed into the password sheet, one for each time it asks; None cancels it."""
+
+    def __init__(self, number, session, bundle, home, pictures, answers=()):
         self.number, self.session, self.bundle, self.home, self.pictures = number, session, bundle, home, pictures
+        self.answers = answers
         self.shots = 0
 
     def picture(self, installer, name, still=True):
@@ -90,6 +95,8 @@ class Round:
             say("  Key presses: Tab to Install, then the space bar")
             installer.press_button("Install")
             self.picture(installer, "installing", still=False)
+            for count, answer in enumerate(self.answers):
+                self.answer_question(installer, count, answer)
             installer.wait_for_text(outcome, seconds=20)
             say(f'  The sheet says: "{outcome}"')
             self.picture(installer, "outcome")
@@ -104,7 +111,29 @@ class Round:
         say_what_was_logged(self.home, before)
 
 
-def show(bundle, home, pictures):
+    def answer_question(self, installer, count, password):
+        if count == 0:
+            installer.wait_for_button("Allow")
+            say("  The system refused a folder. A sheet asks for an administrator's password.")
+        else:
+            installer.wait_for_text("That password is not right. Try again.")
+            say("  The sheet says that the password is not right.")
+        time.sleep(1)  # the sheet has come down; behind it the spinner turns on, so the screen is never still
+        self.picture(installer, "password" if count == 0 else "password-again", still=False)
+        if password is None:
+            say("  Key press: Escape, which cancels")
+            installer.press("Escape")
+            return
+        say("  Keys: a password, then Return")
+        self.session.display.type(password)
+        installer.press("Return")
+
+
+def password_can_be_asked_for():
+    return any(os.access(path, os.X_OK) for path in ("/usr/bin/sudo", "/usr/bin/pkexec"))
+
+
+def show(bundle, home, pictures, protected, password):
     with tempfile.TemporaryDirectory(prefix="wickfield-demo.") as folder, Session(folder) as session:
         say("\nRound 1: a fresh installation")
         Round(1, session, bundle, home, pictures).run("Installation complete")
@@ -114,21 +143,37 @@ def show(bundle, home, pictures):
         plugins = home.path / "Library/Audio/Plug-Ins/VST3"
         shutil.rmtree(plugins)
         plugins.mkdir(mode=0o555)
+        answers = [None] if password_can_be_asked_for() else []
         try:
-            Round(3, session, bundle, home, pictures).run("Installation failed")
+            Round(3, session, bundle, home, pictures, answers).run("Installation failed")
         finally:
             plugins.chmod(0o755)
+        if protected is None:
+            say("\nRound 4, in which an administrator allows the same: left out, as only a run as root can make an account "
+                "whose password it knows")
+            return
+        say("\nRound 4: the folder of the plug-ins belongs to root, and an administrator allows it at the second try")
+        Round(4, session, bundle, protected, pictures, ["not this one", password]).run("Installation complete")
+        say_who_owns(protected.path / "Library/Audio/Plug-Ins/VST3")
+
+
+def say_who_owns(folder):
+    say(f"The folder still belongs to {folder.owner()}; in it now:")
+    for path in sorted(folder.iterdir()):
+        say(f"        {path.name}")
 
 
 def main():
-    if len(sys.argv) != 4:
+    if len(sys.argv) not in (4, 5):
         sys.exit(__doc__)
     if os.geteuid() == 0:
         sys.exit("The demo acts as an ordinary user.")
     pictures = Path(sys.argv[3])
     pictures.mkdir(parents=True, exist_ok=True)
+    protected = Home(os.path.abspath(sys.argv[4])) if len(sys.argv) == 5 else None
+    password = sys.stdin.readline().rstrip("\n") if protected else None
     try:
-        show(Bundle(os.path.abspath(sys.argv[1])), Home(os.path.abspath(sys.argv[2])), pictures)
+        show(Bundle(os.path.abspath(sys.argv[1])), Home(os.path.abspath(sys.argv[2])), pictures, protected, password)
     except KeyboardInterrupt:
         sys.exit(130)
 
