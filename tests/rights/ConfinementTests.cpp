@@ -217,9 +217,37 @@ TEST_F(FileCommands, RefusePathsThatAreNotPlain) {
     EXPECT_EQ(check({"/bin/mv", at("a")}), -EINVAL);
 }
 
-TEST_F(FileCommands, SayThatAFolderIsMissing) {
-    EXPECT_EQ(check(copyOf("/etc/passwd", at("missing/item"))), -ENOENT);
-    EXPECT_EQ(check(copyOf(at("missing/item"), at("item"))), -ENOENT);
+TEST_F(FileCommands, AreStartedAndFailByThemselvesWhereAFolderIsMissing) {
+    makeFile("file");
+    for (const std::string path : {"missing/item", "file/item"}) {
+        EXPECT_EQ(run(copyOf("/etc/passwd", at(path))), 1) << path;
+        EXPECT_EQ(run(copyOf(at(path), at("item"))), 1) << path;
+        EXPECT_EQ(run({"/bin/mv", "-f", at("file"), at(path)}), 1) << path;
+        EXPECT_EQ(run({"/bin/rm", at(path)}), 1) << path;
+    }
+    EXPECT_EQ(run({"/bin/mkdir", "-p", at("file/folder")}), 1);
+    EXPECT_EQ(textOf(at("file")), "text");
+    EXPECT_FALSE(exists(at("item")));
+}
+
+TEST_F(FileCommands, MayChangeNothingWhereAFolderIsMissing) {
+    for (const Command& command :
+         {copyOf(at("missing/item"), at("item")), copyOf("/etc/passwd", at("missing/item")),
+          Command{"/bin/mv", "-f", at("missing/item"), at("item")}, Command{"/bin/rm", "-Rdf", at("missing/item")},
+          Command{"/usr/bin/touch", "-c", at("missing/item")}}) {
+        const auto made = confinementFor(command);
+        const auto& confinement = std::get<std::optional<platform::rights::Confinement>>(made);
+        EXPECT_NE(confinement->watched, 0U) << command[0];
+        EXPECT_TRUE(confinement->places.empty()) << command[0];
+        EXPECT_EQ(confinement->shield.has_value(), !command[0].ends_with("rm")) << command[0];
+    }
+}
+
+TEST_F(FileCommands, RefuseWhatIsUnsafeAlsoWhereAFolderIsMissing) {
+    makeFolder("home", alice);
+    makeLink("home/folder", "/etc", alice);
+    EXPECT_EQ(check(copyOf(at("missing/item"), at("home/folder/x"))), -EPERM);
+    EXPECT_EQ(check(copyOf(at("missing/item"), "relative")), -EINVAL);
 }
 
 TEST_F(FileCommands, RefuseAUsersLinkToTheSystem) {
@@ -313,6 +341,11 @@ TEST_F(FileCommands, AreRefusedWithoutLandlockWhereOthersCouldInterfere) {
         EXPECT_EQ(check({"/bin/rm", "-Rdf", at(std::string(folder) + "/item")}, 0), -EPERM) << folder;
     }
     EXPECT_EQ(check(copyOf(at("home/item"), at("item")), 0), -EPERM);
+}
+
+TEST_F(FileCommands, SayWithoutLandlockThatAFolderIsMissing) {
+    EXPECT_EQ(check(copyOf("/etc/passwd", at("missing/item")), 0), -ENOENT);
+    EXPECT_EQ(check(copyOf(at("missing/item"), at("item")), 0), -ENOENT);
 }
 
 TEST_F(FileCommands, AskLandlockOnlyForWhatItsVersionKnows) {
@@ -457,6 +490,24 @@ TEST_F(AttackedFileCommands, ReadNothingElseWhenTheSourceIsExchanged) {
         ASSERT_NE(text, "precious");
     }
     EXPECT_GT(copied, 0);
+}
+
+// The folder is missing one moment and leads to the victim the next.
+TEST_F(AttackedFileCommands, LeaveTheVictimAloneWhenAMissingFolderComesAndGoes) {
+    makeFolder("tree", alice, 0777);
+    makeFolder("tree/folder", alice, 0777);
+    const Attack attack([this] {
+        ::rename(at("home/evil").c_str(), at("home/gone").c_str());
+        ::rename(at("home/gone").c_str(), at("home/evil").c_str());
+    });
+    for (int i = 0; i < attempts; ++i) {
+        run({"/usr/bin/touch", "-c", at("home/evil/item")});
+        run(copyOf(at("source"), at("home/evil/item")));
+        run(copyOf(at("tree/folder"), at("home/evil/folder")));
+        run({"/bin/mv", "-f", at("home/evil/item"), at("taken")});
+        run({"/bin/rm", "-Rdf", at("home/evil/item")});
+    }
+    expectVictimUntouched("missing");
 }
 
 TEST_F(AttackedFileCommands, LeaveTheVictimAloneAmongTemporaryFiles) {

@@ -137,10 +137,17 @@ public:
         const std::size_t first = command.size() - m_command.count;
         for (std::size_t i = 0; i < m_command.count; ++i) {
             auto found = walkToOperand(command[first + i], m_command.operands[i], isMove());
-            if (const int* error = std::get_if<int>(&found)) {
+            const int* const error = std::get_if<int>(&found);
+            if (error == nullptr) {
+                m_walks.push_back(std::move(std::get<PathWalk>(found)));
+            } else if (m_known != 0 && (*error == ENOENT || *error == ENOTDIR)) {
+                m_isInVain = true;
+            } else {
                 return *error;
             }
-            m_walks.push_back(std::move(std::get<PathWalk>(found)));
+        }
+        if (m_isInVain) {
+            return 0;
         }
         const bool isSafe = std::ranges::all_of(m_walks, &PathWalk::isRootsOwn);
         const bool isTangled =
@@ -150,6 +157,10 @@ public:
 
     std::variant<std::optional<Confinement>, int> confinement() {
         Confinement made;
+        if (m_isInVain) {
+            changeNothing(made);
+            return made;
+        }
         const bool guardsReading = m_walks.size() > 1 && !m_walks.front().isRootsOwn;
         made.watched = (changes | (guardsReading ? reading : 0)) & m_known;
         if (guardsReading) {
@@ -172,6 +183,14 @@ public:
     }
 
 private:
+    // A folder that is missing can be there by the time the tool looks for it, and lead anywhere.
+    void changeNothing(Confinement& made) const {
+        made.watched = changes & m_known;
+        if (m_command.setsAttributes) {
+            made.shield = MountShield::around({});
+        }
+    }
+
     bool isMove() const { return m_command.tool == "mv"; }
     bool isRename() const {
         return isMove() && (m_known & LANDLOCK_ACCESS_FS_REFER) != 0 && canRename(m_walks.front(), m_walks.back());
@@ -180,6 +199,7 @@ private:
     const FileCommand& m_command;
     const Rights m_known;
     std::vector<PathWalk> m_walks;
+    bool m_isInVain = false;  // the tool will not find what it is to work on, and is left to say so
 };
 
 // Tools need no more rights on their way than they are given, and Landlock asks for this where root is not all-mighty.
