@@ -155,7 +155,13 @@ TEST_F(Helper, LetsGoOfDescriptorsThatItIsHanded) {
         wire::sendBytes(helper.socket.get(), bytes, STDERR_FILENO);
         ASSERT_EQ(helper.next<wire::Reply>()->error, 0);
     }
-    EXPECT_EQ(entriesOf("/proc/" + std::to_string(helper.process) + "/fd"), before);
+    // The reply may be here before the helper has closed its own end of the tool's pipe.
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds{2};
+    const auto now = [&] { return entriesOf("/proc/" + std::to_string(helper.process) + "/fd"); };
+    while (now() != before && std::chrono::steady_clock::now() < limit) {
+        std::this_thread::sleep_for(std::chrono::milliseconds{5});
+    }
+    EXPECT_EQ(now(), before);
 }
 
 TEST_F(Helper, EndsWithinASecondOfItsOwnerThoughOthersKeepTheSocket) {
