@@ -26,6 +26,12 @@ protected:
         return {.tool = tool, .arguments = arguments, .drain = false};
     }
 
+    void takeTheToolsAway() {
+        files.fails = [](const Call& call) {
+            return call.path.starts_with("/bin/") ? std::optional(ENOENT) : std::nullopt;
+        };
+    }
+
     // Tools of the superuser are started and not waited for.
     template <typename Condition>
     static bool comesTrue(const Condition& condition) {
@@ -60,8 +66,24 @@ TEST_F(PrivilegedCommands, NeverAskForRightsForAToolThatIsMissing) {
     EXPECT_EQ(session().authExecTask(disk / "gone", {}), -2);
     EXPECT_EQ(authorization.created, 0);
     EXPECT_THAT(console.lines(), ElementsAre("Unable to execute task: path " + (disk / "gone") + " doesn't exist"));
+    EXPECT_THAT(newLogEntries(), IsEmpty());
     makeSuperuser();
     EXPECT_EQ(session().authExecTask(disk / "gone", {}), -2);
+}
+
+TEST_F(PrivilegedCommands, FailWithoutTheirTools) {
+    const auto file = add("file");
+    takeTheToolsAway();
+    EXPECT_FALSE(session().authRemoveFile(file));
+    EXPECT_FALSE(session().authMoveFile(file, disk / "moved"));
+    EXPECT_FALSE(session().authCopyFile(file, disk / "copy"));
+    EXPECT_FALSE(session().authCreateDir(disk / "made"));
+    EXPECT_EQ(authorization.created, 0);
+    EXPECT_THAT(console.lines(), ElementsAre("Unable to execute task: path /bin/rm doesn't exist",
+                                             "Unable to execute task: path /bin/mv doesn't exist",
+                                             "Unable to execute task: path /bin/cp doesn't exist",
+                                             "Unable to execute task: path /bin/mkdir doesn't exist"));
+    EXPECT_THAT(newLogEntries(), IsEmpty());
 }
 
 TEST_F(PrivilegedCommands, FailWhenTheUserCancelsAndAskAgainTheNextTime) {
@@ -106,6 +128,27 @@ TEST_F(PrivilegedCommands, RunTheSuperusersToolsDirectly) {
     EXPECT_THAT(authorization.executions, IsEmpty());
 }
 
+TEST_F(PrivilegedCommands, OfTheSuperuserSucceedWhateverTheirToolsDo) {
+    makeSuperuser();
+    const auto file = add("file");
+    EXPECT_TRUE(session().authMoveFile(file, disk / "no/such/folder"));
+    EXPECT_TRUE(session().authCopyFile(file, disk / "no/such/folder"));
+    EXPECT_TRUE(session().authCreateDir(file + "/below"));
+    EXPECT_TRUE(session().authRemoveFile(file + "/below"));
+    EXPECT_EQ(processes.commands().size(), 4U);
+}
+
+// Removing looks for its tool first, the others do not.
+TEST_F(PrivilegedCommands, OfTheSuperuserMissOnlyTheToolThatRemoves) {
+    makeSuperuser();
+    const auto file = add("file");
+    takeTheToolsAway();
+    EXPECT_TRUE(session().authMoveFile(file, disk / "moved"));
+    EXPECT_TRUE(session().authCopyFile(file, disk / "copy"));
+    EXPECT_TRUE(session().authCreateDir(disk / "made"));
+    EXPECT_FALSE(session().authRemoveFile(file));
+}
+
 TEST_F(PrivilegedCommands, RemoveWithTheSystemsTool) {
     const auto file = add("file");
     EXPECT_TRUE(session().authRemoveFile(file));
@@ -125,6 +168,13 @@ TEST_F(PrivilegedCommands, MakeFoldersWithTheSystemsTool) {
     makeSuperuser();
     EXPECT_TRUE(session().authCreateDir(disk / "a/b"));
     EXPECT_TRUE(comes(disk / "a/b"));
+}
+
+TEST_F(PrivilegedCommands, PauseAMomentAfterMakingAFolder) {
+    session().authStart();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(session().authCreateDir(disk / "a"));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::microseconds{500});
 }
 
 TEST_F(PrivilegedCommands, CopyWithTheSystemsTool) {
@@ -161,6 +211,7 @@ TEST_F(PrivilegedCommands, ReportAPathThatIsNone) {
     EXPECT_THAT(console.lines(),
                 ElementsAre("Error in authMoveFile: old path is null", "Error in authMoveFile: new path is null",
                             "Error in authCopyFile: old path is null", "Error in authCopyFile: new path is null"));
+    EXPECT_THAT(newLogEntries(), IsEmpty());
 }
 
 TEST_F(PrivilegedCommands, RefuseToHarmASystemFolder) {
@@ -176,7 +227,17 @@ TEST_F(PrivilegedCommands, RefuseToHarmASystemFolder) {
                             "Unable to move contents of path /usr because it is a system directory.",
                             "Unable to move path /usr because it is a system directory."));
     EXPECT_THAT(authorization.executions, IsEmpty());
+    EXPECT_THAT(newLogEntries(), IsEmpty());
     EXPECT_EQ(authorization.created, 0);
+}
+
+TEST_F(PrivilegedCommands, LookForThePathsThenForTheSystemsFoldersThenForTheSource) {
+    EXPECT_FALSE(session().authMoveFile("/usr", std::nullopt));
+    files.alwaysFail(Operation::fileExists, ENOENT);
+    EXPECT_FALSE(session().authMoveFile("/usr", disk / "x"));
+    files.fails = {};
+    EXPECT_THAT(console.lines(), ElementsAre("Error in authMoveFile: new path is null",
+                                             "Unable to move path /usr because it is a system directory."));
 }
 
 TEST_F(PrivilegedCommands, CopyAndCreateEvenASystemFolder) {
@@ -205,6 +266,27 @@ TEST_F(PrivilegedCommands, StampTheNameOfAnItemWhoseNameIsTakenInTheTrash) {
     session().authTrashFile(bare);
     EXPECT_THAT(authorization.executions[0].arguments[2], MatchesRegex(trash + "/A_20[0-9]{12}\\.txt"));
     EXPECT_THAT(authorization.executions[1].arguments[2], MatchesRegex(trash + "/Notes_20[0-9]{12}\\."));
+}
+
+TEST_F(PrivilegedCommands, DoNotStampANameTwice) {
+    const auto file = add("A.txt");
+    add("home/.Trash/A.txt");
+    std::vector<std::string> taken;
+    for (int second = 0; second < 20; ++second) {
+        const std::time_t at = std::time(nullptr) + second;
+        std::array<char, 32> text{};
+        std::tm local{};
+        std::strftime(text.data(), text.size(), "%Y%m%d%H%M%S", ::localtime_r(&at, &local));
+        taken.push_back(add("home/.Trash/A_" + std::string(text.data()) + ".txt"));
+    }
+    EXPECT_TRUE(session().authTrashFile(file));
+    EXPECT_THAT(taken, ::testing::Contains(authorization.executions[0].arguments[2]));
+}
+
+TEST_F(PrivilegedCommands, TrashNothingThatIsMissing) {
+    EXPECT_FALSE(session().authTrashFile(disk / "gone"));
+    EXPECT_EQ(authorization.created, 0);
+    EXPECT_THAT(console.lines(), IsEmpty());
 }
 
 TEST_F(PrivilegedCommands, StampByTheUsersClock) {

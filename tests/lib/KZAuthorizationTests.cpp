@@ -93,6 +93,14 @@ TEST_F(AuthorizationSession, AsksAgainAfterTheUserCancelled) {
     EXPECT_EQ(authorization.requests.size(), 2U);
 }
 
+TEST_F(AuthorizationSession, KeepsEverythingElseWhenItCouldNotBeStarted) {
+    authorization.rightsStatus = -60006;
+    EXPECT_FALSE(session().authStart());
+    EXPECT_FALSE(session().authStartWithUser("ada", "wrong"));
+    EXPECT_TRUE(session().hasGUI());
+    EXPECT_THAT(session().userDirectory(), Optional(home));
+}
+
 TEST_F(AuthorizationSession, DoesNotStartWhenNothingCanBeCreated) {
     authorization.createStatus = -60008;
     EXPECT_FALSE(session().authStart());
@@ -118,6 +126,42 @@ TEST_F(AuthorizationSession, StartsWithANameAndAPasswordWithoutAnyDialog) {
     EXPECT_EQ(authorization.requests[0].interaction, Interaction::forbidden);
     EXPECT_EQ(authorization.requests[0].credentials->user, "ada");
     EXPECT_EQ(authorization.requests[0].credentials->password, "pässword");
+}
+
+TEST_F(AuthorizationSession, IsReplacedByTheOneOfANameAndAPassword) {
+    session().authStart();
+    EXPECT_TRUE(session().authStartWithUser("ada", "password"));
+    EXPECT_EQ(authorization.created, 2);
+    EXPECT_EQ(authorization.held(), 1U);
+}
+
+TEST_F(AuthorizationSession, IsGoneOnceANameAndAPasswordWereRefused) {
+    session().authStart();
+    authorization.rightsStatus = -60005;
+    EXPECT_FALSE(session().authStartWithUser("ada", "wrong"));
+    EXPECT_FALSE(session().isAuthorized());
+    EXPECT_EQ(authorization.held(), 0U);
+}
+
+TEST_F(AuthorizationSession, IsGoneOnceNothingCouldBeCreatedForANameAndAPassword) {
+    session().authStart();
+    authorization.createStatus = -60008;
+    EXPECT_FALSE(session().authStartWithUser("ada", "password"));
+    EXPECT_FALSE(session().isAuthorized());
+    EXPECT_EQ(authorization.held(), 0U);
+}
+
+TEST_F(AuthorizationSession, StaysWhenANameOrAPasswordIsMissing) {
+    session().authStart();
+    EXPECT_FALSE(session().authStartWithUser("ada", std::nullopt));
+    EXPECT_TRUE(session().isAuthorized());
+}
+
+TEST_F(AuthorizationSession, TakesANameAndAPasswordUpToTheFirstNul) {
+    session().authStartWithUser(std::string("ada\0x", 5), std::string("secret\0y", 8));
+    ASSERT_EQ(authorization.requests.size(), 1U);
+    EXPECT_EQ(authorization.requests[0].credentials->user, "ada");
+    EXPECT_EQ(authorization.requests[0].credentials->password, "secret");
 }
 
 TEST_F(AuthorizationSession, IsRefusedInSilenceWithoutANameOrAPassword) {
@@ -164,6 +208,12 @@ TEST_F(AuthorizationSession, EndsTheRights) {
     EXPECT_FALSE(session().isAuthorized());
     session().authEnd();
     EXPECT_TRUE(session().authStart());
+}
+
+TEST_F(AuthorizationSession, EndsTheRightsWhenItGoes) {
+    session().authStart();
+    { const KZAuthorizationReset goes; }
+    EXPECT_EQ(authorization.held(), 0U);
 }
 
 TEST_F(AuthorizationSession, OfTheSuperuserIsOnlyForgottenInTheEnd) {

@@ -258,6 +258,12 @@ TEST_F(LogPreferences, ThatAreNoPropertyListLeaveTheLogOn) {
     EXPECT_TRUE(stands(log(1)));
 }
 
+TEST_F(LogPreferences, OfTheSuperuserAreTheConsoleUsers) {
+    becomeSuperuser();
+    setPreference({.value = true});
+    EXPECT_EQ(printed([] { KZLog::createNewLog("Test"); }), "Logging is disabled\n");
+}
+
 TEST_F(LogPreferences, SwitchTheLogOffSilentlyWhenPrintingIsOff) {
     setPreference({.value = true});
     KZLog::sharedController()->setNoPrinting(true);
