@@ -292,6 +292,16 @@ class PolkitOfAnotherKind(PolkitCase):
         self.assertEqual(self.problems(driver), ["none"])
         self.assert_root(driver)
 
+    def test_without_polkit_sudo_and_su_everything_but_rights_works(self):
+        me = self.account(administrator=True)
+        hidden = [argument for path in (PKEXEC, "/usr/bin/sudo", "/usr/bin/su") for argument in ("--hide", path)]
+        driver = self.polkit(me, "--no-bus", *hidden, arguments=())
+        self.assertEqual(driver.ask("run", "/bin/true"), "-1")
+        self.assertEqual(driver.ask("file-copy", "/etc/hostname", f"{self.private_folder()}/copied"), "no")
+        self.assertEqual(driver.ask("startwith", me.name, self.password), "no")
+        self.assertEqual(driver.questions(), NOBODY_ASKED)
+        self.assertEqual(driver.ask("file-copy", "/etc/hostname", f"{me.home}/copied"), "yes")
+
     def test_is_unavailable_without_polkits_daemon(self):
         self.assertEqual(self.start_without_question("--hide", str(bus.DAEMON))[1], "no")
 

@@ -1,17 +1,18 @@
 """One session: asked for once, used a thousand times, gone with its owner."""
+import errno
 import os
 import signal
 import time
 
-from support import RightsCase, exists, helpers, wait_until
+from support import Process, RightsCase, exists, helpers, processes, wait_until
 
 SUDO = "sudo=/usr/bin/sudo"
 
 
 class Session(RightsCase):
-    def open_session(self):
+    def open_session(self, **options):
         account = self.account(administrator=True)
-        driver = self.driver(account, SUDO)
+        driver = self.driver(account, SUDO, **options)
         driver.ask("answer", "", self.password)
         self.assertEqual(driver.start(), "yes", driver.questions())
         return driver
@@ -37,6 +38,32 @@ class Session(RightsCase):
         driver = self.open_session()
         self.assertEqual(driver.ask("file-copy", "/etc/hostname", f"{folder}/copied"), "yes")
         self.assertTrue((folder / "copied").exists())
+
+    def test_a_cancel_refuses_every_command_and_each_asks_again(self):
+        folder = self.private_folder()
+        old = folder / "old"
+        old.write_text("old\n")
+        driver = self.driver(self.account(administrator=True), SUDO)
+        refused = {("run", "/bin/true"): "-1", ("wait", "/bin/true"): "-1"}
+        for command in (("remove", f"{old}"), ("trash", f"{old}"), ("move", f"{old}", f"{folder}/new"),
+                        ("copy", f"{old}", f"{folder}/new"), ("mkdir", f"{folder}/new"), ("file-trash", f"{old}"),
+                        ("file-copy", f"{old}", f"{folder}/new"), ("file-mkdir", f"{folder}/new"),
+                        ("file-touch", f"{old}")):
+            refused[command] = "no"
+        for number, (command, answer) in enumerate(refused.items(), start=1):
+            driver.ask("cancel")
+            self.assertEqual(driver.ask(*command), answer, command)
+            self.assertEqual(len(driver.questions()), number, command)
+        self.assertEqual(os.listdir(folder), ["old"])
+        driver.ask("answer", "", self.password)
+        self.assertEqual(driver.ask("run", "/bin/true"), "0")
+
+    def test_folders_of_the_system_are_refused_before_anything_is_asked(self):
+        driver = self.driver(self.account(administrator=True), SUDO)
+        for folder in ("/usr", "/var", "/bin", "/sbin"):
+            for command in (("remove", folder), ("trash", folder), ("move", folder, "/opt/moved")):
+                self.assertEqual(driver.ask(*command), "no", command)
+        self.assertEqual(driver.questions(), [])
 
     def test_nothing_is_asked_before_something_is_refused(self):
         account = self.account(administrator=True)
@@ -80,15 +107,28 @@ class Session(RightsCase):
         os.kill(driver.pid, signal.SIGKILL)
         self.assertTrue(wait_until(lambda: not exists(helper), 1))
 
-    def test_a_killed_helper_fails_this_request_and_the_later_ones(self):
+    def test_a_helper_that_is_killed_before_it_answers_fails_this_request_and_the_later_ones(self):
         driver = self.open_session()
         helper, = helpers(driver.pid)
-        driver.tell("wait", "/bin/sleep", "2")
+        sudo = Process(helper).parent
+        os.kill(helper, signal.SIGSTOP)
+        driver.tell("run", "/bin/true")
         time.sleep(0.3)
         os.kill(helper, signal.SIGKILL)
-        driver.answer()
-        self.assertNotEqual(driver.ask("run", "/bin/true"), "0")
+        os.kill(sudo, signal.SIGCONT)  # it stopped itself as well
+        self.assertEqual(driver.answer(), str(errno.EPIPE))
+        self.assertEqual(driver.ask("run", "/bin/true"), str(errno.EPIPE))
         self.assertEqual(len(driver.questions()), 1)
+
+    def test_a_tool_that_is_waited_for_outlives_a_killed_helper(self):
+        folder = self.private_folder()
+        driver = self.open_session()
+        helper, = helpers(driver.pid)
+        driver.tell("wait", "/bin/bash", "-c", f"sleep 1; touch {folder}/done")
+        self.assertTrue(wait_until(lambda: [process for process in processes() if process.parent == helper]))
+        os.kill(helper, signal.SIGKILL)
+        self.assertEqual(driver.answer(), "0")
+        self.assertTrue((folder / "done").exists())
 
     def test_after_a_killed_helper_a_new_session_can_be_asked_for(self):
         driver = self.open_session()
@@ -102,3 +142,19 @@ class Session(RightsCase):
     def test_the_installer_cannot_be_looked_into_by_the_same_user(self):
         driver = self.open_session()
         self.assertEqual(os.stat(f"/proc/{driver.pid}/mem").st_uid, 0)
+
+    def test_a_crash_in_a_session_leaves_no_core_file(self):
+        folder = self.private_folder()
+        folder.chmod(0o777)
+        options = {"wrapper": ("env", "-C", str(folder)), "environment": ("prlimit", "--core=unlimited")}
+        without_session = self.driver(self.account(), SUDO, **options)
+        without_session.ask("authorized")
+        if not self.dumps_core(without_session):
+            self.skipTest("crashes leave no core files on this machine")
+        self.assertFalse(self.dumps_core(self.open_session(**options)))
+
+    def dumps_core(self, driver):
+        os.kill(driver.pid, signal.SIGSEGV)
+        driver.process.wait(30)
+        self.assertIn("Segmentation fault", driver.standard_error())
+        return "core dumped" in driver.standard_error()
