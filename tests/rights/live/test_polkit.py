@@ -78,6 +78,15 @@ class Polkit(PolkitCase):
         self.assertEqual(driver.ask("open"), "no")
         self.assert_root(driver)
 
+    def test_loads_its_library_only_when_asked(self):
+        driver = self.polkit(self.account(administrator=True))
+        loaded = lambda: "libpolkit" in pathlib.Path(f"/proc/{driver.pid}/maps").read_text()
+        self.assertEqual(driver.ask("authorized"), "no")
+        self.assertFalse(loaded())
+        driver.ask("cancel")
+        driver.start()
+        self.assertTrue(loaded())
+
     def test_offers_the_present_user_first(self):
         self.account(administrator=True)
         me = self.account(administrator=True)

@@ -91,9 +91,20 @@ class Session(RightsCase):
     def test_trashing_an_item_of_root_s_moves_it_to_the_user_s_trash(self):
         folder = self.private_folder()
         (folder / "Old Plug-in.vst3").mkdir()
-        driver = self.open_session()
+        account = self.account(administrator=True)
+        driver = self.driver(account, SUDO)
+        driver.ask("answer", "", self.password)
         self.assertEqual(driver.ask("file-trash", f"{folder}/Old Plug-in.vst3"), "yes")
         self.assertFalse((folder / "Old Plug-in.vst3").exists())
+        self.assertTrue((account.home / ".Trash/Old Plug-in.vst3").is_dir())
+
+    def test_a_tool_that_prints_a_lot_is_not_held_up(self):
+        folder = self.private_folder()
+        driver = self.open_session()
+        for way in ("wait", "run"):
+            done = folder / way
+            self.assertEqual(driver.ask(way, "/bin/bash", "-c", f"head -c 5000000 /dev/zero && touch {done}"), "0")
+            self.assertTrue(done.exists() if way == "wait" else wait_until(done.exists))
 
     def test_ending_the_session_ends_the_helper(self):
         driver = self.open_session()
