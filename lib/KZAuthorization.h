@@ -52,7 +52,9 @@ public:
     // user cancelled; the next call asks again.
     bool authStart();
     // Without any dialog, replacing the session that is held. An empty or missing name or password is refused silently;
-    // a wrong one is reported in the program's log too, and leaves no session.
+    // a wrong one is reported in the program's log too, and leaves no session. Nothing of the password stays behind
+    // here; the caller's own copies are the caller's to overwrite, the one that a conversion to an argument makes
+    // included.
     bool authStartWithUser(const std::optional<std::string>& user, const std::optional<std::string>& password);
     // The superuser's rights are not the session's to end: they are only forgotten.
     void authEnd();

@@ -8,9 +8,12 @@
 
 namespace platform {
 
+// The password is overwritten when they go, as in every copy of them; a text that is copied out of them is not.
 struct Credentials {
     std::string user;
     std::string password;
+
+    ~Credentials();
 };
 
 // One set of rights, held until the object goes.
