@@ -23,7 +23,6 @@ using platform::AuthorizationRef;
 using platform::rights::HelperImage;
 using platform::rights::LinuxAuthorization;
 using platform::rights::PasswordPrompt;
-using platform::rights::PasswordRequest;
 using platform::rights::RightsSession;
 using platform::rights::SessionStarter;
 using platform::rights::StartResult;
