@@ -33,4 +33,5 @@ class Superuser(WindowCase):
         bundle.add("Users/user/Library/Preferences/x.plist", b"for nobody\n")
         installer = self.install(bundle, outcome="Installation failed")
         self.assertTrue(installer.reads("Please check your permissions."))
-        self.assertFalse(os.path.exists("/Library/Preferences/x.plist"))
+        for place in ("/", pwd.getpwnam("root").pw_dir, self.home.path):
+            self.assertFalse(os.path.exists(os.path.join(place, "Library/Preferences/x.plist")), place)
