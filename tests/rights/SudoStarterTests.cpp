@@ -1,6 +1,7 @@
 // With programs that behave as sudo and su do on machines of many kinds, told what to say by each test.
 #include "platform/linux/rights/SudoStarter.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -11,9 +12,11 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "platform/linux/rights/CredentialsPrompt.h"
+#include "platform/posix/Descriptor.h"
 #include "tests/fakes/TemporaryFolder.h"
 #include "tests/rights/AnsweringPrompt.h"
 
@@ -227,6 +230,31 @@ TEST_F(AskingSudo, LetsGoAtOnceWhenCancelledWhileTheAnswerIsChecked) {
     EXPECT_LT(Clock::now() - begun, milliseconds{1000});
 }
 
+// What the number of the helper's descriptor stands for by then is the program's next file.
+TEST_F(AskingSudo, StartsNothingElseWhenItGoesOnAfterACancel) {
+    sudoThat("ask $me; sleep 0.3; \"$helper\"; echo > $folder/over");
+    std::ofstream(folder / "other") << "#!/bin/sh\necho > " << folder / "started-other" << '\n';
+    ASSERT_EQ(::chmod((folder / "other").c_str(), S_IRWXU), 0);
+    AnsweringPrompt prompt({{.password = "x", .cancelAfter = milliseconds{50}}}, me);
+    int number = -1;
+    {
+        const HelperImage image;
+        number = image.descriptor();
+        EXPECT_EQ(SudoStarter(folder / "sudo", folder / "su").start(image, &prompt).status, StartStatus::cancelled);
+    }
+    const platform::posix::Descriptor other(::open((folder / "other").c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_TRUE(other.get() == number || ::dup2(other.get(), number) == number);
+    const auto limit = Clock::now() + std::chrono::seconds{5};
+    while (written("over").empty() && Clock::now() < limit) {
+        std::this_thread::sleep_for(milliseconds{10});
+    }
+    if (other.get() != number) {
+        ::close(number);
+    }
+    EXPECT_EQ(written("over"), "\n");
+    EXPECT_EQ(written("started-other"), "");
+}
+
 TEST_F(AskingSudo, NoticesThatTheHelperWasCutOffFromItsSocket) {
     sudoThat("ask $me; \"$helper\" < /dev/null; exit 1");
     AnsweringPrompt prompt({{.password = "right"}}, me);
@@ -335,7 +363,7 @@ TEST_F(NamingAnother, HandsTheNameOverAsAnArgumentOnly) {
     suThat("shift 4; echo \"$*\" > $folder/line");
     AnsweringPrompt prompt({{.password = "x", .user = other}}, me);
     start(&prompt);
-    EXPECT_NE(written("started").find("/su " + other + " -s /bin/sh -c "), std::string::npos);
+    EXPECT_NE(written("started").find("/su " + other + " -s /bin/sh --session-command "), std::string::npos);
     EXPECT_NE(written("line"), "");
     EXPECT_EQ(written("line").find(other), std::string::npos);
 }

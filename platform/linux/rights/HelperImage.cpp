@@ -63,18 +63,18 @@ std::string pathOf(int descriptor) {
 
 }  // namespace
 
-// A file that is open for writing cannot be executed, so what is kept is a second, read-only way to it.
+// A file that is open for writing cannot be executed, so what is kept is a second, read-only way to it. Nobody may open
+// it for reading once more: a process that runs what its user cannot read can never be traced by that user.
 HelperImage::HelperImage() {
     constexpr int seals = F_SEAL_WRITE | F_SEAL_GROW | F_SEAL_SHRINK | F_SEAL_SEAL;
     const posix::Descriptor memory(makeMemory());
-    if (!memory || !writeAll(memory.get(), helperBytes()) || ::fchmod(memory.get(), S_IRUSR | S_IXUSR) != 0 ||
-        ::fcntl(memory.get(), F_ADD_SEALS, seals) != 0) {
+    if (!memory || !writeAll(memory.get(), helperBytes()) || ::fcntl(memory.get(), F_ADD_SEALS, seals) != 0) {
         m_error = errno;
         return;
     }
     m_memory =
         posix::aboveStandardStreams(posix::Descriptor(::open(pathOf(memory.get()).c_str(), O_RDONLY | O_CLOEXEC)));
-    if (!m_memory) {
+    if (!m_memory || ::fchmod(memory.get(), S_IXUSR) != 0) {
         m_error = errno;
         return;
     }

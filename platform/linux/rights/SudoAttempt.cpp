@@ -38,7 +38,7 @@ std::string keyOf(const Question& question) { return question.user + '\n' + ques
 AttemptResult SudoAttempt::run(const SudoCommand& command, std::optional<PasswordAnswer> known) {
     m_account = command.account;
     m_known = std::move(known);
-    auto started = HelperLaunch::start(command.command, command.environment);
+    auto started = HelperLaunch::start(command.command, command.environment, command.keeper);
     m_launch = std::get_if<HelperLaunch>(&started);
     if (m_launch == nullptr) {
         return {};

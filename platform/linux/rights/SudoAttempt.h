@@ -18,6 +18,7 @@ struct SudoCommand {
     std::vector<std::string> command;
     std::vector<std::string> environment;
     std::string account;  // whose rights are used
+    int keeper = -1;      // what the command's program inherits as number 3
 };
 
 struct AttemptResult {

@@ -15,6 +15,7 @@
 #include "platform/linux/rights/PromptDialogue.h"
 #include "platform/linux/rights/PromptReader.h"
 #include "platform/linux/rights/SudoAttempt.h"
+#include "platform/linux/rights/wire/HelperPath.h"
 
 namespace platform::rights {
 
@@ -24,12 +25,14 @@ using Kind = AttemptResult::Kind;
 using Problem = PasswordRequest::Problem;
 
 constexpr const char* root = "root";
+constexpr const char* inherited = "/proc/self/fd/3";
+constexpr const char* helper = wire::helperPath;
 constexpr int mostWrongPasswords = 3;
 
 struct Programs {
     std::string sudo;
     std::string su;
-    std::string helper;
+    int keeper;  // the helper's own program
 };
 
 // Such a path is the same to a shell as it is to us.
@@ -63,22 +66,27 @@ std::vector<std::string> sudoEnvironment() {
 enum class Ask { no, whenNeeded, always };
 
 SudoCommand commandOfSudo(const Programs& programs, const std::string& account, Ask ask) {
-    SudoCommand made{.command = {programs.sudo, "-S"}, .environment = sudoEnvironment(), .account = account};
+    SudoCommand made{.command = {inherited, programs.sudo, "-S"},
+                     .environment = sudoEnvironment(),
+                     .account = account,
+                     .keeper = programs.keeper};
     if (ask != Ask::whenNeeded) {
         made.command.emplace_back(ask == Ask::no ? "-n" : "-k");
     }
-    made.command.insert(made.command.end(), {"-u", root, "--", programs.helper});
+    made.command.insert(made.command.end(), {"-u", root, "--", helper});
     return made;
 }
 
 SudoCommand commandOfSu(const Programs& programs, const std::string& account) {
     // Other texts than these two paths never get into what the shell reads.
-    const std::string line = account == root ? "exec " + programs.helper
+    const std::string line = account == root ? std::string("exec ") + helper
                                              : "SUDO_PROMPT='" + std::string(PromptReader::sudoPrompt) + "' exec " +
-                                                   programs.sudo + " -S -k -u root -- " + programs.helper;
-    return {.command = {programs.su, account, "-s", "/bin/sh", "-c", line},
+                                                   programs.sudo + " -S -k -u root -- " + helper;
+    // With "-c" su would begin a session of its own, and leave the keeper's.
+    return {.command = {inherited, programs.su, account, "-s", "/bin/sh", "--session-command", line},
             .environment = {"LC_ALL=C", "PATH=/usr/sbin:/usr/bin:/sbin:/bin"},
-            .account = account};
+            .account = account,
+            .keeper = programs.keeper};
 }
 
 // From the first question to the end of the matter.
@@ -206,10 +214,10 @@ SudoStarter::SudoStarter(std::string sudo, std::string su) : m_sudo(std::move(su
 StartResult SudoStarter::start(const HelperImage& image, PasswordPrompt* prompt) {
     const auto user = accountOf(::getuid());
     // Such a process cannot get more rights than it has, whatever it starts.
-    if (!user || !isPlain(m_sudo) || !isPlain(image.path()) || ::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 1) {
+    if (!user || !isPlain(m_sudo) || image.descriptor() < 0 || ::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 1) {
         return {};
     }
-    const Programs programs{.sudo = m_sudo, .su = m_su, .helper = image.path()};
+    const Programs programs{.sudo = m_sudo, .su = m_su, .keeper = image.descriptor()};
     if (prompt != nullptr) {
         return Conversation(programs, *user, *prompt).hold();
     }

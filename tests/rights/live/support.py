@@ -1,6 +1,7 @@
 """Accounts that are made for one test, and the driver that asks for rights on behalf of one of them."""
 import os
 import pathlib
+import re
 import secrets
 import select
 import shutil
@@ -117,10 +118,18 @@ class Process:
         self.pid = pid
         self.folder = pathlib.Path("/proc") / str(pid)
         self.executable = os.readlink(self.folder / "exe")
+        self.user = int(re.search(r"^Uid:\t(\d+)", (self.folder / "status").read_text(), re.M)[1])
         self.parent = int((self.folder / "stat").read_text().rpartition(")")[2].split()[1])
 
+    def arguments(self):
+        """The command line; one empty text for a process that is gone."""
+        try:
+            return (self.folder / "cmdline").read_bytes().decode().rstrip("\0").split("\0")
+        except OSError:
+            return [""]
+
     def is_helper(self):
-        return self.executable.startswith("/memfd:wickfield-rights")
+        return self.executable.startswith("/memfd:wickfield-rights") and self.user == 0
 
 
 def processes():

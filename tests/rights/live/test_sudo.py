@@ -341,6 +341,46 @@ class WhatRunsAndEnds(SudoCase):
         os.kill(pid, signal.SIGKILL)
         self.assertTrue(wait_until(lambda: not any(exists(child) for child in asking), seconds=1))
 
+    def assert_held_by_keeper(self, driver):
+        """The path in sudo's arguments is the keeper's, whose number stays taken while sudo is in its session."""
+        everything = {process.pid: process for process in processes()}
+        sudos = [p for p in everything.values() if p.executable == "/usr/bin/sudo" and "/proc/" in p.arguments()[-1]]
+        keepers = {p.pid for p in everything.values() if p.parent == driver.pid}
+        mine = [p for p in sudos if int(p.arguments()[-1].split("/")[2]) in keepers]
+        first = [p for p in mine if everything[p.parent].executable != "/usr/bin/sudo"]
+        self.assertEqual(len(first), 1)
+        self.assertEqual(f"/proc/{os.getsid(first[0].pid)}/exe", first[0].arguments()[-1])
+
+    def test_the_helper_s_path_is_nobody_else_s_while_sudo_runs(self):
+        driver, _ = self.open_session(self.administrator(), self.password)
+        self.assert_held_by_keeper(driver)
+
+    def test_the_helper_s_path_is_nobody_else_s_while_su_runs_sudo(self):
+        other = self.administrator(password="theirs")
+        driver, _ = self.open_session(self.account(), (other.name, "theirs"))
+        self.assert_held_by_keeper(driver)
+
+    def test_a_killed_installer_leaves_nothing_for_sudo_to_start(self):
+        account = self.administrator()
+        service = self.pam_service("auth required pam_unix.so", "auth optional pam_exec.so /bin/sleep 1.5",
+                                   "account required pam_permit.so")
+        self.sudo_rules(f"Defaults:{account.name} pam_service={service}")
+        driver = self.asked(account, self.password)
+        driver.tell("start")
+        checking = lambda: [p for p in processes() if p.executable.endswith("/sleep") and p.arguments()[-1] == "1.5"]
+        self.assertTrue(wait_until(checking))
+        parent = driver.pid
+        keeper, = [p.pid for p in processes() if p.parent == parent]
+        sudo, = [p.pid for p in processes() if p.parent == keeper]
+        os.kill(parent, signal.SIGKILL)
+        os.kill(keeper, signal.SIGKILL)
+        self.assertTrue(wait_until(lambda: not os.path.exists(f"/proc/{keeper}")))
+        taken = set()
+        while exists(sudo) and keeper not in taken:
+            pathlib.Path("/proc/sys/kernel/ns_last_pid").write_text(str(keeper - 1))
+            taken.add(subprocess.Popen(["/bin/true"]).pid)
+        self.assertNotIn(keeper, taken)
+
     def test_the_password_is_nowhere_to_be_seen(self):
         password = "seen-" + secrets.token_hex(8)
         driver, _ = self.open_session(self.administrator(password=password), password)

@@ -1,5 +1,6 @@
 // The administrator-rights helper. It is started as root by sudo, pkexec or the like, with one end of a socket pair as
-// its standard input, and serves the process at the other end until that ends.
+// its standard input, and serves the process at the other end until that ends. With a command as its arguments it runs
+// that instead, as whoever it is, and keeps the helper in reach of it.
 #include <grp.h>
 #include <unistd.h>
 
@@ -7,6 +8,7 @@
 
 #include "platform/linux/rights/helper/CleanProcess.h"
 #include "platform/linux/rights/helper/HelperLoop.h"
+#include "platform/linux/rights/helper/Keeper.h"
 
 namespace {
 
@@ -17,7 +19,10 @@ bool becomeRoot() {
 
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
+    if (count > 1) {
+        ::_exit(platform::rights::keepHelperFor({arguments + 1, arguments + count}));
+    }
     if (!becomeRoot()) {
         return EXIT_FAILURE;
     }
