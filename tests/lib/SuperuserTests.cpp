@@ -139,28 +139,28 @@ private:
 };
 
 TEST_F(SuperuserForNobody, HasNoFolderOfAnyUser) {
-    using namespace KZLocalPaths;
-    EXPECT_EQ(currentConsoleUser(), std::nullopt);
-    EXPECT_EQ(username(), std::nullopt);
+    EXPECT_EQ(KZLocalPaths::currentConsoleUser(), std::nullopt);
+    EXPECT_EQ(KZLocalPaths::username(), std::nullopt);
     for (const auto& folder :
-         {applicationDirectory(UserDomain::yes), adminApplicationDirectory(UserDomain::yes),
-          documentDirectory(UserDomain::yes), libraryDirectory(UserDomain::yes), prefsDirectory(UserDomain::yes),
-          cacheDirectory(UserDomain::yes), appSupportDirectory(UserDomain::yes), logDirectory(UserDomain::yes),
-          movieDirectory(), desktopDirectory(), trashDirectory(), userDirectory()}) {
+         {KZLocalPaths::applicationDirectory(UserDomain::yes), KZLocalPaths::adminApplicationDirectory(UserDomain::yes),
+          KZLocalPaths::documentDirectory(UserDomain::yes), KZLocalPaths::libraryDirectory(UserDomain::yes),
+          KZLocalPaths::prefsDirectory(UserDomain::yes), KZLocalPaths::cacheDirectory(UserDomain::yes),
+          KZLocalPaths::appSupportDirectory(UserDomain::yes), KZLocalPaths::logDirectory(UserDomain::yes),
+          KZLocalPaths::movieDirectory(), KZLocalPaths::desktopDirectory(), KZLocalPaths::trashDirectory(),
+          KZLocalPaths::userDirectory()}) {
         EXPECT_EQ(folder, std::nullopt);
     }
 }
 
 TEST_F(SuperuserForNobody, HasTheMachinesFolders) {
-    using namespace KZLocalPaths;
-    EXPECT_EQ(prefsDirectory(UserDomain::no), "/Library/Preferences");
-    EXPECT_EQ(appSupportDirectory(UserDomain::no), "/Library/Application Support");
-    EXPECT_EQ(logDirectory(UserDomain::no), "/Library/Logs");
-    EXPECT_EQ(applicationDirectory(UserDomain::no), "/Applications");
-    EXPECT_EQ(systemLibraryDirectory(), "/System/Library");
-    EXPECT_EQ(localDocumentationDirectory(), "/Library/Documentation");
-    EXPECT_TRUE(std::filesystem::is_directory(tempDirectory()));
-    EXPECT_EQ(kz::deletingLastPathComponent(tempFile()), tempDirectory());
+    EXPECT_EQ(KZLocalPaths::prefsDirectory(UserDomain::no), "/Library/Preferences");
+    EXPECT_EQ(KZLocalPaths::appSupportDirectory(UserDomain::no), "/Library/Application Support");
+    EXPECT_EQ(KZLocalPaths::logDirectory(UserDomain::no), "/Library/Logs");
+    EXPECT_EQ(KZLocalPaths::applicationDirectory(UserDomain::no), "/Applications");
+    EXPECT_EQ(KZLocalPaths::systemLibraryDirectory(), "/System/Library");
+    EXPECT_EQ(KZLocalPaths::localDocumentationDirectory(), "/Library/Documentation");
+    EXPECT_TRUE(std::filesystem::is_directory(KZLocalPaths::tempDirectory()));
+    EXPECT_EQ(kz::deletingLastPathComponent(KZLocalPaths::tempFile()), KZLocalPaths::tempDirectory());
 }
 
 TEST_F(SuperuserForNobody, ProtectsNoMoreThanTheSystem) {
