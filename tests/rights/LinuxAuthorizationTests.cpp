@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <functional>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -182,6 +185,32 @@ TEST_F(HostsRights, AreWaitedForWhereTheyAreAskedForOnOtherThreads) {
     }).join();
     EXPECT_EQ(first.thread, asking);
     EXPECT_EQ(mainThread.slices, 0);
+}
+
+TEST_F(HostsRights, AreNotGrantedWhenMemoryRunsOutWhileTheyAreAskedFor) {
+    first.status = StartStatus::granted;
+    first.meanwhile = [] { throw std::bad_alloc(); };
+    EXPECT_EQ(ask(), ENOMEM);
+    std::thread([&] { EXPECT_EQ(ask(), ENOMEM); }).join();
+    first.meanwhile = {};
+    EXPECT_EQ(ask(), 0);
+}
+
+TEST_F(HostsRights, AreNotGrantedWhenNoThreadCanBeStarted) {
+    first.status = StartStatus::granted;
+    const pid_t user = ::fork();
+    if (user == 0) {
+        constexpr uid_t nobodys = 23451;
+        constexpr rlimit none{0, 0};
+        if ((::geteuid() == 0 && ::setresuid(nobodys, nobodys, nobodys) != 0) ||
+            ::setrlimit(RLIMIT_NPROC, &none) != 0) {
+            ::_exit(2);
+        }
+        ::_exit(ask() == EAGAIN && first.asked == 0 ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(user, &status, 0);
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(HostsRights, AreAskedForByAProcessThatNobodyCanLookInto) {

@@ -4,10 +4,11 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <thread>
+#include <exception>
+#include <future>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/rights/CredentialsPrompt.h"
@@ -77,19 +78,15 @@ int LinuxAuthorization::copyRights(AuthorizationRef& ref, const std::string& rig
     if (right != administratorRight) {
         return ENOTSUP;
     }
-    StartResult result;
-    if (credentials) {
-        CredentialsPrompt known(*credentials);
-        result = startSession(&known);
-        // Nobody was asked, so nobody cancelled: what was given was not good enough.
-        if (result.status == StartStatus::cancelled) {
-            result.status = StartStatus::refused;
-        }
-    } else {
-        result = startSession(interaction == Interaction::allowed ? m_prompt : nullptr);
+    try {
+        auto result = askFor(credentials, interaction);
+        session = std::move(result.session);
+        return statusOf(result.status);
+    } catch (const std::system_error& error) {
+        return error.code().value();
+    } catch (const std::exception&) {
+        return ENOMEM;
     }
-    session = std::move(result.session);
-    return statusOf(result.status);
 }
 
 int LinuxAuthorization::execute(AuthorizationRef& ref, const std::string& tool,
@@ -109,22 +106,29 @@ std::unique_ptr<AuthorizationRef> LinuxAuthorization::copyPrivilegedReference() 
     return ref;
 }
 
+StartResult LinuxAuthorization::askFor(const std::optional<Credentials>& credentials, Interaction interaction) {
+    if (!credentials) {
+        return startSession(interaction == Interaction::allowed ? m_prompt : nullptr);
+    }
+    CredentialsPrompt known(*credentials);
+    StartResult result = startSession(&known);
+    // Nobody was asked, so nobody cancelled: what was given was not good enough.
+    if (result.status == StartStatus::cancelled) {
+        result.status = StartStatus::refused;
+    }
+    return result;
+}
+
 // The main thread cannot wait: it is the one that shows the question.
 StartResult LinuxAuthorization::startSession(PasswordPrompt* prompt) {
     if (!m_mainThread.isCurrent()) {
         return tryEach(prompt);
     }
-    StartResult result;
-    std::atomic<bool> done = false;
-    std::thread starting([&] {
-        result = tryEach(prompt);
-        done = true;
-    });
-    while (!done) {
+    auto starting = std::async(std::launch::async, [&] { return tryEach(prompt); });
+    while (starting.wait_for(std::chrono::seconds{0}) != std::future_status::ready) {
         m_mainThread.runNextEvent(slice);
     }
-    starting.join();
-    return result;
+    return starting.get();
 }
 
 StartResult LinuxAuthorization::tryEach(PasswordPrompt* prompt) {

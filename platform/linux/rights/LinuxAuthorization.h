@@ -14,7 +14,7 @@ namespace platform::rights {
 
 // The statuses are errno's: ECANCELED (by the user), EACCES (refused), ENOTSUP (no way to ask for rights, or an unknown
 // right), EPERM (no rights yet, or a command that is unsafe), EPIPE (the helper is gone; these rights never come back,
-// others can be asked for), else what starting the tool gave.
+// others can be asked for), EAGAIN or ENOMEM (no thread or no memory to ask with), else what starting the tool gave.
 //
 // Any thread. Rights are asked for by one thread at a time. Asked for on the main thread, events are served meanwhile.
 // From the first question on, the process cannot be traced and leaves no core file: it is about to hold a password, and
@@ -36,6 +36,7 @@ public:
     std::unique_ptr<AuthorizationRef> copyPrivilegedReference() override;
 
 private:
+    StartResult askFor(const std::optional<Credentials>& credentials, Interaction interaction);
     StartResult startSession(PasswordPrompt* prompt);
     StartResult tryEach(PasswordPrompt* prompt);
 
