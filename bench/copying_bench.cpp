@@ -114,6 +114,11 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
+void printPhase(const char* name, const std::vector<double>& seconds) {
+    const auto [least, most] = std::minmax_element(seconds.begin(), seconds.end());
+    std::printf("  %-44s %8.3f s  (%.3f to %.3f)\n", name, median(seconds), *least, *most);
+}
+
 Options readOptions(int argc, char** argv) {
     Options options;
     for (int i = 1; i + 1 < argc; i += 2) {
@@ -159,6 +164,7 @@ int main(int argc, char** argv) {
     tool.print();
     plain.print();
     verified.print();
+    printPhase("of that, until a destination is read again", hashedPhase);
     bench::printRatio("three destinations, against cp", plain.median(), tool.median(), options.goal);
     bench::printRatio("copying while hashing, against copying alone", median(hashedPhase), median(plainPhase), 1.15);
     bench::printRatio("verification included, against cp", verified.median(), tool.median(), 2.8);

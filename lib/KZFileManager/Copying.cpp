@@ -25,6 +25,10 @@ namespace {
 constexpr std::uint64_t leastInterval = 20971520;  // bytes: 20 MiB
 constexpr std::uint64_t mostReports = 500;         // of a file for which that is too little
 
+// How many chunks there is memory for: two, and more when another thread hashes those that are written.
+constexpr std::size_t plainChunks = 2;
+constexpr std::size_t hashedChunks = 16;
+
 std::optional<platform::DigestKind> digestKind(FileCopyVerification type) {
     switch (type) {
         case FileCopyVerification::md5:
@@ -95,7 +99,7 @@ bool FileCopy::run(const std::vector<std::string>& destinations) {
             return false;
         }
     }
-    HashPipeline pipeline(std::move(context), {.count = 2, .size = chunkSize});
+    HashPipeline pipeline(std::move(context), {.count = m_digestKind ? hashedChunks : plainChunks, .size = chunkSize});
     if (!pipeline.isReady()) {
         KZLog::appendLog("Error copying file %@ - out of memory", m_sourcePath);
         return false;

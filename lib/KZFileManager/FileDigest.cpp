@@ -12,7 +12,7 @@ namespace KZFileManager {
 namespace {
 
 // Large enough that the handing over costs nothing, small enough to stay in the processor's cache.
-constexpr HashPipeline::Buffers buffers{.count = 3, .size = std::size_t{256} * 1024};
+constexpr HashPipeline::Buffers buffers{.count = 8, .size = std::size_t{128} * 1024};
 
 FileDigest failed(const std::string& path, int code) {
     return {.digest = std::nullopt,

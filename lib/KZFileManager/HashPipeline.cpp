@@ -23,7 +23,9 @@ bool HashPipeline::isReady() const {
 
 std::span<std::byte> HashPipeline::nextBuffer() {
     std::unique_lock lock(m_mutex);
-    m_hashedSome.wait(lock, [this] { return m_filled - m_hashed < m_buffers.size(); });
+    if (m_filled - m_hashed == m_buffers.size()) {
+        m_hashedSome.wait(lock, [this] { return m_filled - m_hashed <= m_buffers.size() / 2; });
+    }
     return m_buffers[m_filled % m_buffers.size()].bytes();
 }
 
@@ -40,7 +42,9 @@ void HashPipeline::hash(std::size_t bytes) {
     m_lengths[index] = bytes;
     ++m_filled;
     if (m_thread.joinable()) {
-        m_filledSome.notify_one();
+        if (isWorthWaking()) {
+            m_filledSome.notify_one();
+        }
         return;
     }
     if (m_context) {
@@ -53,6 +57,8 @@ std::string HashPipeline::finish() {
     endThread();
     return m_context ? m_context->finish() : std::string();
 }
+
+bool HashPipeline::isWorthWaking() const { return m_filled - m_hashed >= (m_buffers.size() + 1) / 2; }
 
 void HashPipeline::endThread() {
     if (m_thread.joinable()) {
@@ -68,17 +74,21 @@ void HashPipeline::endThread() {
 void HashPipeline::run() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_filledSome.wait(lock, [this] { return m_ended || m_hashed < m_filled; });
+        m_filledSome.wait(lock, [this] { return m_ended || isWorthWaking(); });
         if (m_hashed == m_filled) {
             return;
         }
-        const std::size_t index = m_hashed % m_buffers.size();
-        const auto bytes = m_buffers[index].bytes().first(m_lengths[index]);
-        lock.unlock();
-        m_context->update(bytes);
-        lock.lock();
-        ++m_hashed;
-        m_hashedSome.notify_one();
+        while (m_hashed < m_filled) {
+            const std::size_t index = m_hashed % m_buffers.size();
+            const auto bytes = m_buffers[index].bytes().first(m_lengths[index]);
+            lock.unlock();
+            m_context->update(bytes);
+            lock.lock();
+            ++m_hashed;
+            if (m_filled - m_hashed == m_buffers.size() / 2) {
+                m_hashedSome.notify_one();
+            }
+        }
     }
 }
 

@@ -16,8 +16,9 @@
 
 namespace KZFileManager {
 
-// A ring of buffers: one is filled while those before it are hashed. One thread fills. Without a context nothing is
-// hashed and there is no thread; a thread that cannot be had is done without.
+// A ring of buffers: one is filled while those before it are hashed. One thread fills. The two wake each other only
+// when half of the ring is waiting, so that neither is held up by every buffer of the other on a busy machine. Without
+// a context nothing is hashed and there is no thread; a thread that cannot be had is done without.
 class HashPipeline {
 public:
     struct Buffers {
@@ -36,7 +37,7 @@ public:
     std::span<std::byte> nextBuffer();
 
     // Hands over that many bytes of the buffer that nextBuffer gave last. They must stay as they are, and can be read,
-    // until the second next call of nextBuffer.
+    // until nextBuffer is called once more.
     void hash(std::size_t bytes);
 
     // Blocks until all is hashed; "" without a context. The last call.
@@ -44,6 +45,7 @@ public:
 
 private:
     void run();
+    bool isWorthWaking() const;
     void endThread();
 
     std::optional<DigestContext> m_context;
