@@ -153,7 +153,10 @@ public:
                 "without asking\n");
             return;
         }
+        // As with a folder of the system, nobody but root may write to any folder above it.
+        m_placeFolder = "/opt/wickfield-bench." + std::to_string(::getpid());
         std::printf("%d files, into a folder of root's and into one of the user's own\n", m_options.files);
+        fs::create_directories(m_placeFolder);
         bench::makeManyFiles(mirror(), m_options.files);
         fs::permissions(m_root.path(), fs::perms(0755));
         ownEverything(tree());
@@ -169,7 +172,9 @@ public:
         own.print();
         roots.print();
         bench::printRatio("into a folder of root's / into one of one's own", roots.median(), own.median(), 2.0);
-        fs::remove_all(mirror());
+        fs::remove_all(tree());
+        fs::remove_all(m_placeFolder);
+        m_placeFolder = m_root.path();
     }
 
     void largeFiles() {
@@ -233,7 +238,7 @@ private:
     // The tree holds a mirror of the place where its files go, so a new place needs only a new name there.
     std::string tree() const { return m_root / "Bench Installer.app/Contents/Resources/PluginStructure"; }
     std::string home() const { return m_root / "home"; }
-    std::string place() const { return m_root / ("installed " + std::to_string(m_place)); }
+    std::string place() const { return m_placeFolder + "/installed " + std::to_string(m_place); }
     std::string mirror() const { return tree() + place(); }
     std::string freshPlace() { return m_root / ("copied " + std::to_string(++m_copies)); }
     void nextPlace() {
@@ -265,6 +270,7 @@ private:
 
     Options m_options;
     fakes::TemporaryFolder m_root;
+    std::string m_placeFolder = m_root.path();
     int m_place = 0;
     int m_copies = 0;
 };
