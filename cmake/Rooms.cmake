@@ -33,9 +33,10 @@ function(wickfield_room name)
     target_link_libraries(${name} PUBLIC wickfield_options Threads::Threads ${ARG_LINK})
 endfunction()
 
-# wickfield_test(FOLDER LABELS labels... LINK libraries...): one test program of every *Tests.cpp in the folder.
+# wickfield_test(FOLDER [TIMEOUT seconds] LINK libraries...): one test program of every *Tests.cpp in the folder, whose
+# name is the label of its tests.
 function(wickfield_test folder)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "LABELS;LINK" ${ARGN})
+    cmake_parse_arguments(ARG "" "TIMEOUT" "LINK" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
@@ -51,5 +52,5 @@ function(wickfield_test folder)
         target_link_libraries(${name}_tests PRIVATE ${ARG_LINK} GTest::gmock_main)
     endif()
     gtest_discover_tests(${name}_tests TEST_PREFIX "${folder}: " DISCOVERY_TIMEOUT 60
-                         PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT})
+                         PROPERTIES LABELS ${name} TIMEOUT ${ARG_TIMEOUT})
 endfunction()

@@ -255,7 +255,7 @@ TEST_F(AskingSudo, StartsNothingElseWhenItGoesOnAfterACancel) {
     EXPECT_EQ(written("started-other"), "");
 }
 
-TEST_F(AskingSudo, NoticesThatTheHelperWasCutOffFromItsSocket) {
+TEST_F(GrantingSudo, NoticesThatTheHelperWasCutOffFromItsSocket) {
     sudoThat("ask $me; \"$helper\" < /dev/null; exit 1");
     AnsweringPrompt prompt({{.password = "right"}}, me);
     EXPECT_EQ(start(&prompt), StartStatus::unavailable);
