@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "platform/linux/rights/helper/PathWalk.h"
+#include "platform/linux/rights/helper/RenameOnly.h"
 
 namespace platform::rights {
 
@@ -25,7 +26,8 @@ using Rights = std::uint64_t;
 using Ends = PathWalk::Ends;
 
 constexpr Rights truncation = Rights{1} << 14U;  // LANDLOCK_ACCESS_FS_TRUNCATE of newer headers
-constexpr Rights reading = LANDLOCK_ACCESS_FS_READ_FILE;
+constexpr Rights listing = LANDLOCK_ACCESS_FS_READ_DIR;
+constexpr Rights reading = LANDLOCK_ACCESS_FS_READ_FILE | listing;
 constexpr Rights removal = LANDLOCK_ACCESS_FS_REMOVE_DIR | LANDLOCK_ACCESS_FS_REMOVE_FILE;
 constexpr Rights writing = LANDLOCK_ACCESS_FS_WRITE_FILE | truncation | LANDLOCK_ACCESS_FS_MAKE_REG;
 constexpr Rights copying = removal | writing | LANDLOCK_ACCESS_FS_MAKE_CHAR | LANDLOCK_ACCESS_FS_MAKE_DIR |
@@ -92,14 +94,15 @@ int checkTool(const std::string& path) {
     return isOurs ? 0 : EPERM;
 }
 
-// What a move replaces is the item that stands there, a link too, unless it leads to a folder.
-std::variant<PathWalk, int> walkToOperand(const std::string& path, const Operand& operand, bool isMove) {
-    auto found = walk(path, operand.ends);
-    const auto* end = std::get_if<PathWalk>(&found);
-    if (isMove && operand.ends == Ends::atFolder && end != nullptr && !end->endsInFolder()) {
-        return walk(path, Ends::atParent);
-    }
-    return found;
+bool holdsFolder(const PathWalk& walk, const std::string& name) {
+    struct stat found {};
+    return walk.endsInFolder() && ::fstatat(walk.folder.get(), name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+           S_ISDIR(found.st_mode);
+}
+
+std::string nameOf(std::string_view path) {
+    path = path.substr(0, path.find_last_not_of('/') + 1);
+    return std::string(path.substr(path.rfind('/') + 1));
 }
 
 // One folder that holds the other would leave whoever rules that one free to lead the tool about in the first.
@@ -124,9 +127,13 @@ bool canRename(const PathWalk& from, const PathWalk& to) {
 
 // What a tool reads to get going.
 void addSystemPlaces(Confinement& confinement) {
-    for (const char* place : {"/usr", "/bin", "/lib", "/lib32", "/lib64", "/etc/ld.so.cache"}) {
-        confinement.add(posix::Descriptor(::open(place, O_PATH | O_CLOEXEC)), reading);
+    const auto add = [&](const char* place, Rights allowed) {
+        confinement.add(posix::Descriptor(::open(place, O_PATH | O_CLOEXEC)), allowed);
+    };
+    for (const char* folder : {"/usr", "/bin", "/lib", "/lib32", "/lib64"}) {
+        add(folder, reading);
     }
+    add("/etc/ld.so.cache", reading & ~listing);
 }
 
 class Plan {
@@ -136,7 +143,7 @@ public:
     int lookAt(const std::vector<std::string>& command) {
         const std::size_t first = command.size() - m_command.count;
         for (std::size_t i = 0; i < m_command.count; ++i) {
-            auto found = walkToOperand(command[first + i], m_command.operands[i], isMove());
+            auto found = walkTo(command[first + i], m_command.operands[i].ends, command[first]);
             const int* const error = std::get_if<int>(&found);
             if (error == nullptr) {
                 m_walks.push_back(std::move(std::get<PathWalk>(found)));
@@ -149,7 +156,7 @@ public:
         if (m_isInVain) {
             return 0;
         }
-        const bool isSafe = std::ranges::all_of(m_walks, &PathWalk::isRootsOwn);
+        const bool isSafe = std::ranges::all_of(m_walks, &PathWalk::isRootsOwn) && !m_isMerge;
         const bool isTangled =
             isMove() && (reachesInto(m_walks.front(), m_walks.back()) || reachesInto(m_walks.back(), m_walks.front()));
         return (m_known == 0 && !isSafe) || isTangled ? EPERM : 0;
@@ -161,22 +168,23 @@ public:
             changeNothing(made);
             return made;
         }
-        const bool guardsReading = m_walks.size() > 1 && !m_walks.front().isRootsOwn;
+        const bool guardsReading = m_walks.size() > 1;
         made.watched = (changes | (guardsReading ? reading : 0)) & m_known;
         if (guardsReading) {
             addSystemPlaces(made);
         }
-        const bool needsShield = m_command.setsAttributes && !m_walks.back().isRootsOwn && !isRename();
+        const bool isExposed = m_command.setsAttributes && (m_isMerge || !m_walks.back().isRootsOwn);
+        made.onlyRenames = isExposed && isRename();
         std::vector<int> changed;
         for (std::size_t i = 0; i < m_walks.size(); ++i) {
             const Rights needs = m_command.operands[i].needs;
             if (needs != 0) {
                 changed.push_back(m_walks[i].folder.get());
             }
-            const Rights allowed = needs == 0 || isMove() ? needs | reading : needs;
-            made.add(std::move(m_walks[i].folder), allowed);
+            const Rights reads = needs == 0 || isMove() ? reading : listing;
+            made.add(std::move(m_walks[i].folder), needs | reads);
         }
-        if (needsShield && !(made.shield = MountShield::around(changed))) {
+        if (isExposed && !made.onlyRenames && !(made.shield = MountShield::around(changed))) {
             return EACCES;
         }
         return made;
@@ -191,19 +199,55 @@ private:
         }
     }
 
+    // What a move replaces is the item that stands there, a link too, unless it leads to a folder. What is copied to a
+    // folder may be merged with one that this one holds.
+    std::variant<PathWalk, int> walkTo(const std::string& path, Ends ends, const std::string& source) {
+        auto found = walk(path, ends);
+        const auto* end = std::get_if<PathWalk>(&found);
+        if (end == nullptr || ends != Ends::atFolder) {
+            return found;
+        }
+        if (isMove() && !end->endsInFolder()) {
+            return walk(path, Ends::atParent);
+        }
+        if (m_command.tool == "cp" && holdsFolder(*end, nameOf(source))) {
+            m_isMerge = true;
+            return walk(path + "/" + nameOf(source), ends);
+        }
+        return found;
+    }
+
     bool isMove() const { return m_command.tool == "mv"; }
     bool isRename() const {
-        return isMove() && (m_known & LANDLOCK_ACCESS_FS_REFER) != 0 && canRename(m_walks.front(), m_walks.back());
+        return isMove() && (m_known & LANDLOCK_ACCESS_FS_REFER) != 0 && canBeHeldToRenaming() &&
+               canRename(m_walks.front(), m_walks.back());
     }
 
     const FileCommand& m_command;
     const Rights m_known;
     std::vector<PathWalk> m_walks;
+    bool m_isMerge = false;   // of what others may own in part with what is copied
     bool m_isInVain = false;  // the tool will not find what it is to work on, and is left to say so
 };
 
 // Tools need no more rights on their way than they are given, and Landlock asks for this where root is not all-mighty.
 bool giveUpMoreRights() { return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0; }
+
+// The descriptor that is opened here closes when the tool takes over.
+int enterLandlock(const Confinement& confinement) {
+    const landlock_ruleset_attr rules{.handled_access_fs = confinement.watched};
+    const int ruleset = static_cast<int>(::syscall(SYS_landlock_create_ruleset, &rules, sizeof rules, 0));
+    if (ruleset < 0) {
+        return errno;
+    }
+    for (const auto& place : confinement.places) {
+        const landlock_path_beneath_attr below{.allowed_access = place.allowed, .parent_fd = place.item.get()};
+        if (::syscall(SYS_landlock_add_rule, ruleset, LANDLOCK_RULE_PATH_BENEATH, &below, 0) != 0) {
+            return errno;
+        }
+    }
+    return ::syscall(SYS_landlock_restrict_self, ruleset, 0) == 0 ? 0 : errno;
+}
 
 }  // namespace
 
@@ -237,27 +281,14 @@ std::variant<std::optional<Confinement>, int> confinementFor(const std::vector<s
     return plan.confinement();
 }
 
-// The descriptor that is opened here closes when the tool takes over.
+int enterView(const Confinement& confinement) noexcept { return confinement.shield ? confinement.shield->raise() : 0; }
+
 int enterConfinement(const Confinement& confinement) noexcept {
-    if (!giveUpMoreRights()) {
-        return errno;
+    int error = giveUpMoreRights() ? 0 : errno;
+    if (error == 0 && confinement.watched != 0) {
+        error = enterLandlock(confinement);
     }
-    const int error = confinement.shield ? confinement.shield->raise() : 0;
-    if (error != 0 || confinement.watched == 0) {
-        return error;
-    }
-    const landlock_ruleset_attr rules{.handled_access_fs = confinement.watched};
-    const int ruleset = static_cast<int>(::syscall(SYS_landlock_create_ruleset, &rules, sizeof rules, 0));
-    if (ruleset < 0) {
-        return errno;
-    }
-    for (const auto& place : confinement.places) {
-        const landlock_path_beneath_attr below{.allowed_access = place.allowed, .parent_fd = place.item.get()};
-        if (::syscall(SYS_landlock_add_rule, ruleset, LANDLOCK_RULE_PATH_BENEATH, &below, 0) != 0) {
-            return errno;
-        }
-    }
-    return ::syscall(SYS_landlock_restrict_self, ruleset, 0) == 0 ? 0 : errno;
+    return error == 0 && confinement.onlyRenames ? holdToRenaming() : error;
 }
 
 }  // namespace platform::rights

@@ -23,8 +23,8 @@ struct Confinement {
 
     std::uint64_t watched = 0;  // the rights that are denied elsewhere; 0: the kernel has no Landlock
     std::vector<Place> places;
-    std::optional<MountShield> shield =
-        {};  // where the folders can be swapped, against changes that Landlock lets pass
+    std::optional<MountShield> shield = {};  // where items can be swapped, against changes that Landlock lets pass
+    bool onlyRenames = false;                // there too, in place of the shield, which no item can be renamed through
 };
 
 // The version of Landlock that this kernel has switched on, 0: none. Asked for once.
@@ -38,15 +38,18 @@ int landlockVersion();
 // - EPERM for a path that somebody without administrator rights has bent to a place that is not his, for a tool that is
 //   not root's own, for a move one side of which holds the other where that one belongs to somebody else, and, without
 //   Landlock, for every path on which others than root could do something.
-// A source that others could swap is read from its folder only. Hard links are the kernel's matter
+// What is copied or moved is read from its folder only. A copy to where a folder of its name stands already changes
+// that folder only. A move within one file system is a renaming or fails. Hard links are the kernel's matter
 // (fs.protected_hardlinks).
 //
 // None for any other tool: it is run as the caller names it, with all of root's rights.
 std::variant<std::optional<Confinement>, int> confinementFor(const std::vector<std::string>& command,
                                                              int landlock = landlockVersion());
 
-// Confines the calling process, for good; for use between vfork and exec, so nothing is allocated and nothing of the
-// caller is changed. 0 or an errno.
+// Confine the calling process, for good, in this order; for use between vfork and exec, so nothing is allocated and
+// nothing of the caller is changed. 0 or an errno. What the process has opened before it enters the view stays open to
+// changes.
+int enterView(const Confinement& confinement) noexcept;
 int enterConfinement(const Confinement& confinement) noexcept;
 
 }  // namespace platform::rights

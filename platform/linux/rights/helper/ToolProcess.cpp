@@ -41,17 +41,29 @@ void restoreSignals() {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-[[noreturn]] void runChild(Child& child) {
-    ::setpgid(0, 0);
+int setStandardStreams(int output) {
     const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    const int output = child.output >= 0 ? child.output : nowhere;
-    int error = 0;
-    if (nowhere < 0 || ::dup2(nowhere, STDIN_FILENO) < 0 || ::dup2(output, STDOUT_FILENO) < 0 ||
-        ::dup2(output, STDERR_FILENO) < 0) {
-        error = errno;
-    } else if (child.confinement != nullptr) {
+    output = output >= 0 ? output : nowhere;
+    const bool areSet = nowhere >= 0 && ::dup2(nowhere, STDIN_FILENO) >= 0 && ::dup2(output, STDOUT_FILENO) >= 0 &&
+                        ::dup2(output, STDERR_FILENO) >= 0;
+    return areSet ? 0 : errno;
+}
+
+// The streams have paths too, in /proc: they are opened in the view that the tool has.
+int prepareForTool(const Child& child) {
+    int error = child.confinement != nullptr ? enterView(*child.confinement) : 0;
+    if (error == 0) {
+        error = setStandardStreams(child.output);
+    }
+    if (error == 0 && child.confinement != nullptr) {
         error = enterConfinement(*child.confinement);
     }
+    return error;
+}
+
+[[noreturn]] void runChild(Child& child) {
+    ::setpgid(0, 0);
+    int error = prepareForTool(child);
     if (error == 0) {
         restoreSignals();
         ::execv(child.path, child.arguments);
