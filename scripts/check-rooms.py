@@ -24,6 +24,7 @@ ROOMS = {
     "lib/base": ["lib/base", "platform/ports"],
     "lib": ["lib", "platform/ports"],
     "app": ["app", "lib", "platform/ports"],
+    "tools": ["tools", "lib", "platform/ports", "platform/posix", "platform/linux/services"],
 }
 STANDARD_ONLY = {"platform/ports", "lib", "lib/base", "app"}
 NO_TOOLKIT = STANDARD_ONLY | {"platform/posix", "platform/linux/services"} | {

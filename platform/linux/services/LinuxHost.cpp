@@ -1,5 +1,8 @@
 #include "platform/linux/services/LinuxHost.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "platform/linux/services/LinuxConsole.h"
 #include "platform/linux/services/LinuxIdentity.h"
 #include "platform/linux/services/LinuxMainBundle.h"
@@ -20,10 +23,17 @@ namespace platform::linux_host {
 
 namespace {
 
+// In a bundle, else where they are installed with a program in the folder bin/.
+std::string usualToolsFolder(const std::string& executable) {
+    const std::string folder = executable.substr(0, executable.rfind('/') + 1);
+    std::string inBundle = folder + "tools";
+    std::error_code error;
+    return std::filesystem::is_directory(inBundle, error) ? inBundle : folder + "../libexec/wickfield";
+}
+
 // Linux has no ditto and no diskutil, and its xattr and lsof take other arguments.
-posix::ShippedTools toolsBeside(const std::string& executable) {
-    return {.folder = executable.substr(0, executable.rfind('/') + 1) + "tools",
-            .paths = {"/usr/bin/ditto", "/usr/bin/xattr", "/usr/sbin/diskutil", "/usr/sbin/lsof"}};
+posix::ShippedTools toolsIn(const std::string& folder) {
+    return {.folder = folder, .paths = {"/usr/bin/ditto", "/usr/bin/xattr", "/usr/sbin/diskutil", "/usr/sbin/lsof"}};
 }
 
 struct Services {
@@ -35,7 +45,7 @@ struct Services {
     LinuxSystemInfo system;
     LinuxPropertyLists propertyLists;
     LinuxMainBundle bundle{propertyLists};
-    posix::ProcessLauncher processes{toolsBeside(bundle.executablePath())};
+    posix::ProcessLauncher processes;
     posix::MainQueue mainThread;
     LinuxConsole console;
     LinuxUserDefaults defaults{LinuxUserDefaults::Services{files, propertyLists, bundle, identity}};
@@ -43,7 +53,8 @@ struct Services {
     posix::BackgroundWorkers background;
     Host host;
 
-    Services() {
+    explicit Services(const std::optional<std::string>& toolsFolder)
+        : processes(toolsIn(toolsFolder.value_or(usualToolsFolder(bundle.executablePath())))) {
         host.files = &files;
         host.openFiles = &openFiles;
         host.workspace = &workspace;
@@ -63,9 +74,9 @@ struct Services {
 
 }  // namespace
 
-const Host& services() {
+const Host& services(const std::optional<std::string>& toolsFolder) {
     // Not destroyed: other threads may still use the services while the process ends.
-    static const Services& all = *new Services;
+    static const Services& all = *new Services(toolsFolder);
     return all.host;
 }
 

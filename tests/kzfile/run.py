@@ -1,0 +1,28 @@
+#!/usr/bin/env python3
+"""Runs one test of kzfile: run.py KZFILE MODULE.CLASS.TEST
+
+Exits with 0 when it passed, 1 when it failed and 77 when it was skipped, with the reason on standard output.
+"""
+import os
+import sys
+import unittest
+
+SKIPPED = 77
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+    os.environ["KZFILE"] = os.path.abspath(sys.argv[1])
+    suite = unittest.defaultTestLoader.loadTestsFromName(sys.argv[2])
+    result = unittest.TextTestRunner(stream=sys.stdout, verbosity=2).run(suite)
+    if not result.wasSuccessful() or result.testsRun == 0:
+        return 1
+    for _, reason in result.skipped:
+        print("SKIPPED:", reason)
+    return SKIPPED if result.skipped else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

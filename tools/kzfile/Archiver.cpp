@@ -1,0 +1,71 @@
+#include "tools/kzfile/Archiver.h"
+
+#include "lib/KZFileManager.h"
+#include "lib/base/PathText.h"
+#include "platform/ports/Host.h"
+#include "tools/kzfile/Command.h"
+#include "tools/kzfile/Interruption.h"
+#include "tools/kzfile/Paths.h"
+#include "tools/kzfile/ReportingHost.h"
+#include "tools/kzfile/Streams.h"
+
+namespace kzfile {
+
+namespace {
+
+constexpr const char* archiver = "/usr/bin/ditto";
+
+// What keeps the operation from being begun, in words; "" when it may.
+std::string objection(const std::string& sourceName, const std::string& resultName, bool mayReplace) {
+    const ItemKind source = kindOf(absolutePath(sourceName));
+    if (source == ItemKind::missing || source == ItemKind::danglingLink) {
+        return sourceName + ": No such file or directory";
+    }
+    const std::string result = absolutePath(resultName);
+    const std::string folder = kz::deletingLastPathComponent(result);
+    if (kindOf(folder) == ItemKind::missing) {
+        return folder + ": there is no such folder";
+    }
+    const std::string tool = platform::host().processes->locateTool(archiver);
+    if (!platform::host().files->isExecutable(tool)) {
+        return tool + ": the archiver is not there; was kzfile moved away from the rest of its installation?";
+    }
+    if (kindOf(result) == ItemKind::missing) {
+        return "";
+    }
+    if (!mayReplace) {
+        return resultName + ": is there already (--replace moves it to the Trash first)";
+    }
+    if (!KZFileManager::trashFile(result, ShouldAuth::no) || kindOf(result) != ItemKind::missing) {
+        return reports().lastFailure().value_or(resultName + ": cannot be moved to the Trash");
+    }
+    return "";
+}
+
+}  // namespace
+
+int makeArchiveOrFolder(const Arguments& arguments, const Archiving& operation) {
+    const std::string& source = arguments.operands().front();
+    const std::string& result = arguments.operands().back();
+    if (const std::string words = objection(source, result, arguments.has("replace")); !words.empty()) {
+        printError(words);
+        return failed;
+    }
+    const TidyWork tidy([] {
+        if (const auto tool = reports().tool()) {
+            tool->terminate();
+        }
+    });
+    const bool isThere = operation(absolutePath(source), absolutePath(result));
+    const auto tool = reports().tool();
+    if (isThere && tool && tool->terminationStatus() == 0) {
+        return done;
+    }
+    if (isInterrupted()) {
+        return interruptionCode();
+    }
+    printError(result + ": was not made");
+    return failed;
+}
+
+}  // namespace kzfile

@@ -1,0 +1,70 @@
+#include "tools/kzfile/Help.h"
+
+#include <algorithm>
+#include <array>
+
+#include "tools/kzfile/Streams.h"
+
+namespace kzfile {
+
+namespace {
+
+const std::array allCommands{&hashCommand,     &copyCommand,       &trashCommand,    &expandCommand, &uniqueCommand,
+                             &compressCommand, &decompressCommand, &metadataCommand, &sizeCommand,   &waitCommand};
+
+std::string row(const std::string& left, const std::string& right, std::size_t width) {
+    return "  " + left + std::string(std::max(width, left.size()) - left.size() + 2, ' ') + right + '\n';
+}
+
+std::string spelling(const Option& option) {
+    std::string text = option.letter != 0 ? std::string("-") + option.letter + ", " : "    ";
+    text += std::string("--") + option.word;
+    return option.value != nullptr ? text + ' ' + option.value : text;
+}
+
+std::string heading(const char* text) { return styledForOutput(text, Style::bold); }
+
+}  // namespace
+
+const Command* findCommand(const std::string& name) {
+    const auto found = std::ranges::find_if(allCommands, [&](const Command* command) { return name == command->name; });
+    return found == allCommands.end() ? nullptr : *found;
+}
+
+std::vector<Option> optionsOf(const Command& command) {
+    std::vector<Option> options(command.options.begin(), command.options.end());
+    options.push_back({'h', "help", nullptr, "this text"});
+    return options;
+}
+
+std::string generalHelp() {
+    std::string text = heading("usage:") + " kzfile COMMAND [OPTION]... NAME...\n       kzfile COMMAND --help\n\n" +
+                       heading("commands:") + '\n';
+    for (const Command* const command : allCommands) {
+        text += row(command->name, command->summary, 10);
+    }
+    text += '\n' + heading("options:") + '\n';
+    text += row("-h, --help", "this text", 10);
+    text += row("--version", "the version", 10);
+    return text +
+           "\nOptions and names come in any order; after \"--\" everything is a name.\n"
+           "The exit status is 0 when all was done, 1 when something failed, 2 for a command line\n"
+           "that makes no sense and 130 after Ctrl-C.\n";
+}
+
+std::string helpFor(const Command& command) {
+    const auto options = optionsOf(command);
+    std::size_t width = 0;
+    for (const Option& option : options) {
+        width = std::max(width, spelling(option).size());
+    }
+    std::string text =
+        heading("usage:") + " kzfile " + command.name + " [OPTION]... " + command.arguments + "\n\n" + command.help;
+    text += '\n' + heading("options:") + '\n';
+    for (const Option& option : options) {
+        text += row(spelling(option), option.text, width);
+    }
+    return text;
+}
+
+}  // namespace kzfile

@@ -1,0 +1,95 @@
+#include "tools/kzfile/Streams.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <system_error>
+
+#include "platform/linux/services/ConsoleText.h"
+
+namespace kzfile {
+
+namespace {
+
+bool startedWithoutOutput = false;
+bool printedAnything = false;
+int writeError = 0;
+
+bool isTerminal(int stream) {
+    const char* const kind = std::getenv("TERM");
+    return ::isatty(stream) == 1 && kind != nullptr && *kind != '\0' && std::string_view(kind) != "dumb";
+}
+
+bool mayColour(int stream) {
+    const char* const without = std::getenv("NO_COLOR");
+    return isTerminal(stream) && (without == nullptr || *without == '\0');
+}
+
+std::string styled(std::string_view text, Style style) {
+    const char* const start = style == Style::bold ? "\033[1m" : "\033[31m";
+    return start + std::string(text) + "\033[0m";
+}
+
+}  // namespace
+
+void noteStreams() { startedWithoutOutput = ::fcntl(STDOUT_FILENO, F_GETFD) < 0; }
+
+bool isOutputTerminal() { return isTerminal(STDOUT_FILENO); }
+
+bool isErrorTerminal() { return isTerminal(STDERR_FILENO); }
+
+std::size_t errorTerminalWidth() {
+    winsize size{};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+std::string styledForOutput(std::string_view text, Style style) {
+    return style != Style::plain && mayColour(STDOUT_FILENO) ? styled(text, style) : std::string(text);
+}
+
+std::string outputSwatch(int red, int green, int blue) {
+    if (!mayColour(STDOUT_FILENO)) {
+        return "";
+    }
+    return "\033[48;2;" + std::to_string(red) + ';' + std::to_string(green) + ';' + std::to_string(blue) +
+           "m  \033[0m ";
+}
+
+void print(std::string_view text) {
+    printedAnything = printedAnything || !text.empty();
+    errno = 0;
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() && writeError == 0) {
+        writeError = errno != 0 ? errno : EIO;
+    }
+}
+
+std::string nameForOutput(const std::string& name) {
+    return ::isatty(STDOUT_FILENO) == 1 ? platform::linux_host::consoleLine(name) : name;
+}
+
+void printError(const std::string& message) {
+    const std::string name = mayColour(STDERR_FILENO) ? styled("kzfile:", Style::red) : "kzfile:";
+    printErrorAsItIs(name + ' ' + platform::linux_host::consoleLine(message) + '\n');
+}
+
+void printErrorAsItIs(std::string_view text) { (void)std::fwrite(text.data(), 1, text.size(), stderr); }
+
+bool finishOutput() {
+    errno = 0;
+    if (std::fflush(stdout) != 0 && writeError == 0) {
+        writeError = errno != 0 ? errno : EIO;
+    }
+    if (writeError == 0 && startedWithoutOutput && printedAnything) {
+        writeError = EBADF;
+    }
+    if (writeError != 0 && writeError != EPIPE) {
+        printError("standard output: " + std::generic_category().message(writeError));
+    }
+    return writeError == 0;
+}
+
+}  // namespace kzfile
