@@ -1,65 +1,27 @@
 #include "platform/linux/rights/helper/Confinement.h"
 
 #include <gtest/gtest.h>
+#include <linux/landlock.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
 
-#include <atomic>
-#include <functional>
 #include <string>
-#include <thread>
+#include <utility>
 #include <variant>
-#include <vector>
 
-#include "platform/linux/rights/helper/ToolProcess.h"
-#include "tests/rights/RootsFolder.h"
+#include "tests/rights/FileCommands.h"
 
 namespace {
 
+using platform::rights::Confinement;
 using platform::rights::confinementFor;
-using platform::rights::landlockVersion;
-using platform::rights::startTool;
+using platform::rights::enterConfinement;
+using platform::rights::enterView;
 using tests::alice;
 using tests::bob;
-using Command = std::vector<std::string>;
-
-class FileCommands : public tests::RootsFolder {
-protected:
-    void SetUp() override {
-        RootsFolder::SetUp();
-        if (!IsSkipped() && landlockVersion() == 0) {
-            GTEST_SKIP() << "this kernel has no Landlock";
-        }
-    }
-
-    // How the tool ended; the errno, negative, when it was refused.
-    static int run(const Command& command) {
-        const auto started = startTool(command, -1);
-        if (started.error != 0) {
-            return -started.error;
-        }
-        int status = 0;
-        return ::waitpid(started.tool, &status, 0) == started.tool && WIFEXITED(status) ? WEXITSTATUS(status) : 255;
-    }
-    static Command copyOf(const std::string& from, const std::string& to) {
-        return {"/bin/cp", "-f", "-p", "-R", from, to};
-    }
-    static int check(const Command& command, int landlock = landlockVersion()) {
-        const auto made = confinementFor(command, landlock);
-        const int* error = std::get_if<int>(&made);
-        return error != nullptr ? -*error : 0;
-    }
-    static bool exists(const std::string& path) {
-        struct stat ignored {};
-        return ::lstat(path.c_str(), &ignored) == 0;
-    }
-    static struct stat statOf(const std::string& path) {
-        struct stat found {};
-        ::lstat(path.c_str(), &found);
-        return found;
-    }
-};
+using tests::Command;
+using tests::FileCommands;
 
 // What they are for
 
@@ -236,7 +198,7 @@ TEST_F(FileCommands, MayChangeNothingWhereAFolderIsMissing) {
           Command{"/bin/mv", "-f", at("missing/item"), at("item")}, Command{"/bin/rm", "-Rdf", at("missing/item")},
           Command{"/usr/bin/touch", "-c", at("missing/item")}}) {
         const auto made = confinementFor(command);
-        const auto& confinement = std::get<std::optional<platform::rights::Confinement>>(made);
+        const auto& confinement = std::get<std::optional<Confinement>>(made);
         EXPECT_NE(confinement->watched, 0U) << command[0];
         EXPECT_TRUE(confinement->places.empty()) << command[0];
         EXPECT_EQ(confinement->shield.has_value(), !command[0].ends_with("rm")) << command[0];
@@ -296,9 +258,9 @@ TEST_F(FileCommands, AreConfinedUnderEitherOfTheirNames) {
 
 TEST_F(FileCommands, AreConfinedAndOthersAreNot) {
     const auto confined = confinementFor({"/bin/rm", "-Rdf", at("item")});
-    ASSERT_TRUE(std::get<std::optional<platform::rights::Confinement>>(confined));
+    ASSERT_TRUE(std::get<std::optional<Confinement>>(confined));
     const auto free = confinementFor({"/bin/ls", "relative"});
-    EXPECT_FALSE(std::get<std::optional<platform::rights::Confinement>>(free));
+    EXPECT_FALSE(std::get<std::optional<Confinement>>(free));
 }
 
 // In mounts of its own, a child sees a tool that is not the system's under the system's name.
@@ -323,6 +285,80 @@ TEST_F(FileCommands, RefuseAToolThatIsNotTheSuperusersOwn) {
     }
 }
 
+// What they keep to
+
+TEST_F(FileCommands, CopyIntoAFolderOfThatNameAndChangeNothingBesideIt) {
+    makeFolder("bundle", alice);
+    makeFile("bundle/file", alice, "new");
+    makeFolder("plugins");
+    makeFolder("plugins/bundle", alice);
+    makeFile("plugins/bundle/file", alice, "old");
+    const auto made = confinementFor(copyOf(at("bundle"), at("plugins")));
+    const auto& confinement = std::get<std::optional<Confinement>>(made);
+    ASSERT_TRUE(confinement->shield);
+    for (const auto& place : confinement->places) {
+        struct stat found {};
+        ASSERT_EQ(::fstat(place.item.get(), &found), 0);
+        const bool isWritten = (place.allowed & LANDLOCK_ACCESS_FS_WRITE_FILE) != 0;
+        EXPECT_EQ(isWritten, found.st_ino == statOf(at("plugins/bundle")).st_ino);
+    }
+    ASSERT_EQ(run(copyOf(at("bundle"), at("plugins"))), 0);
+    EXPECT_EQ(textOf(at("plugins/bundle/file")), "new");
+}
+
+TEST_F(FileCommands, NeedNoShieldToMakeWhatIsNotThere) {
+    makeFolder("bundle", alice);
+    makeFolder("plugins");
+    for (const auto* destination : {"plugins", "plugins/new"}) {
+        const auto made = confinementFor(copyOf(at("bundle"), at(destination)));
+        EXPECT_FALSE(std::get<std::optional<Confinement>>(made)->shield) << destination;
+    }
+}
+
+// In mounts of its own, a child sees the folders as two file systems once they have been looked at.
+TEST_F(FileCommands, MoveByRenamingOrNotAtAllWithinOneFileSystem) {
+    makeFolder("system");
+    makeFolder("system/folder");
+    makeFile("system/file");
+    makeFolder("home", alice);
+    makeFolder("home/Trash", alice);
+    makeFile("home/Trash/file", alice, "old");
+    constexpr int cannotBeTried = 77;
+    for (const std::string name : {"folder", "file"}) {
+        const std::string from = at("system/" + name);
+        const std::string to = at("home/Trash/" + name);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+                ::_exit(cannotBeTried);
+            }
+            const auto made = confinementFor({"/bin/mv", "-f", from, to});
+            const auto* confinement = std::get_if<std::optional<Confinement>>(&made);
+            if (confinement == nullptr) {
+                ::_exit(2);
+            }
+            const std::string folder = at("home/Trash");
+            if ((*confinement)->shield || ::mount(folder.c_str(), folder.c_str(), nullptr, MS_BIND, nullptr) != 0) {
+                ::_exit(cannotBeTried);
+            }
+            if (enterView(**confinement) != 0 || enterConfinement(**confinement) != 0) {
+                ::_exit(2);
+            }
+            ::execl("/bin/mv", "/bin/mv", "-f", from.c_str(), to.c_str(), nullptr);
+            ::_exit(3);
+        }
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        if (WEXITSTATUS(status) == cannotBeTried) {
+            GTEST_SKIP() << "items are not renamed here, or mounts of one's own cannot be made";
+        }
+        EXPECT_EQ(WEXITSTATUS(status), 1) << name;
+        EXPECT_TRUE(exists(from)) << name;
+    }
+    EXPECT_FALSE(exists(at("home/Trash/folder")));
+    EXPECT_EQ(textOf(at("home/Trash/file")), "old");
+}
+
 // Kernels without Landlock
 
 TEST_F(FileCommands, WorkWithoutLandlockOnTheSuperusersOwnWay) {
@@ -341,6 +377,11 @@ TEST_F(FileCommands, AreRefusedWithoutLandlockWhereOthersCouldInterfere) {
         EXPECT_EQ(check({"/bin/rm", "-Rdf", at(std::string(folder) + "/item")}, 0), -EPERM) << folder;
     }
     EXPECT_EQ(check(copyOf(at("home/item"), at("item")), 0), -EPERM);
+    makeFolder("item");
+    makeFolder("target");
+    EXPECT_EQ(check(copyOf(at("item"), at("target")), 0), 0);
+    makeFolder("target/item");
+    EXPECT_EQ(check(copyOf(at("item"), at("target")), 0), -EPERM);
 }
 
 TEST_F(FileCommands, SayWithoutLandlockThatAFolderIsMissing) {
@@ -351,178 +392,9 @@ TEST_F(FileCommands, SayWithoutLandlockThatAFolderIsMissing) {
 TEST_F(FileCommands, AskLandlockOnlyForWhatItsVersionKnows) {
     for (const int version : {1, 2, 3}) {
         const auto made = confinementFor({"/bin/mv", "-f", makeFile("a" + std::to_string(version)), at("b")}, version);
-        const auto& confinement = std::get<std::optional<platform::rights::Confinement>>(made);
+        const auto& confinement = std::get<std::optional<Confinement>>(made);
         EXPECT_LT(confinement->watched, std::uint64_t{1} << (12U + static_cast<unsigned>(version))) << version;
     }
-}
-
-// Attacks: whoever owns a folder exchanges an item in it, as fast as he can, while the tool is at work.
-
-class Attack {
-public:
-    explicit Attack(std::function<void()> swap)
-        : m_thread([this, swap = std::move(swap)] {
-              while (!m_over) {
-                  swap();
-              }
-          }) {}
-    ~Attack() {
-        m_over = true;
-        m_thread.join();
-    }
-
-private:
-    std::atomic<bool> m_over = false;
-    std::thread m_thread;
-};
-
-class AttackedFileCommands : public FileCommands {
-protected:
-    static constexpr int attempts = 500;
-
-    void SetUp() override {
-        FileCommands::SetUp();
-        if (IsSkipped()) {
-            return;
-        }
-        makeFolder("victim", 0, 0700);
-        makeFile("victim/item", 0, "precious");
-        makeFolder("victim/folder", 0, 0700);
-        m_before = pictureOfVictim();
-        makeFolder("home", alice);
-        makeFolder("home/real", alice);
-        makeLink("home/evil", at("victim"), alice);
-        makeFile("source", alice, "overwritten");
-        ::chmod(at("source").c_str(), 04777);
-    }
-
-    // Names, modes, owners, times and contents of all there is.
-    std::string pictureOfVictim() const {
-        std::string picture;
-        for (const auto* name : {"victim", "victim/item", "victim/folder"}) {
-            const auto found = statOf(at(name));
-            picture += std::string(name) + " " + std::to_string(found.st_mode) + " " + std::to_string(found.st_uid) +
-                       " " + std::to_string(found.st_mtim.tv_sec) + "." + std::to_string(found.st_mtim.tv_nsec) + "\n";
-        }
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(at("victim"))) {
-            picture += entry.path().string() + " ";
-        }
-        return picture + textOf(at("victim/item"));
-    }
-
-    void exchange(const std::string& one, const std::string& other) const {
-        ::renameat2(AT_FDCWD, at(one).c_str(), AT_FDCWD, at(other).c_str(), RENAME_EXCHANGE);
-    }
-
-    void expectVictimUntouched(const char* attack) const { EXPECT_EQ(pictureOfVictim(), m_before) << attack; }
-
-private:
-    std::string m_before;
-};
-
-TEST_F(AttackedFileCommands, LeaveTheVictimAloneWhenTheParentIsExchanged) {
-    const Attack attack([this] { exchange("home/real", "home/evil"); });
-    for (int i = 0; i < attempts; ++i) {
-        run(copyOf(at("source"), at("home/real/item")));
-        run({"/bin/rm", "-Rdf", at("home/real/item")});
-        run({"/bin/mkdir", "-p", at("home/real/folder/new")});
-        run({"/usr/bin/touch", "-c", at("home/real/folder")});
-    }
-    expectVictimUntouched("parent");
-}
-
-TEST_F(AttackedFileCommands, LeaveTheVictimAloneWhenAMovesFoldersAreExchanged) {
-    makeFolder("elsewhere", alice);
-    const Attack attack([this] { exchange("home/real", "home/evil"); });
-    for (int i = 0; i < attempts; ++i) {
-        makeFile("elsewhere/item", alice);
-        run({"/bin/mv", "-f", at("elsewhere/item"), at("home/real/item")});
-        run({"/bin/mv", "-f", at("home/real/item"), at("elsewhere/item")});
-    }
-    expectVictimUntouched("move");
-}
-
-TEST_F(AttackedFileCommands, LeaveTheVictimAloneWhenTheItemItselfIsExchanged) {
-    makeFile("home/item", alice, "own");
-    makeLink("home/link", at("victim/item"), alice);
-    const Attack attack([this] { exchange("home/item", "home/link"); });
-    for (int i = 0; i < attempts; ++i) {
-        run(copyOf(at("source"), at("home/item")));
-        run({"/usr/bin/touch", "-c", at("home/item")});
-        if (!exists(at("home/item"))) {
-            makeFile("home/item", alice, "own");
-        }
-    }
-    expectVictimUntouched("item");
-}
-
-// Modes and owners are set by path once a folder has been copied: nothing but the shield keeps them at home.
-TEST_F(AttackedFileCommands, LeaveTheVictimAloneWhenTheCopyIsExchangedWhileItIsMade) {
-    makeFolder("tree", alice, 0777);
-    for (int i = 0; i < 50; ++i) {
-        makeFile("tree/" + std::to_string(i), alice);
-    }
-    std::atomic<int> swaps = 0;
-    const Attack attack([&] {
-        if (exists(at("home/copy"))) {
-            exchange("home/copy", "home/evil");
-            ++swaps;
-        }
-    });
-    for (int i = 0; i < attempts / 5; ++i) {
-        run(copyOf(at("tree"), at("home/copy")));
-        run({"/bin/rm", "-Rdf", at("home/copy")});
-        run({"/bin/rm", "-Rdf", at("home/evil")});
-        ::symlink(at("victim").c_str(), at("home/evil").c_str());
-    }
-    EXPECT_GT(swaps, 0);
-    expectVictimUntouched("copy");
-}
-
-TEST_F(AttackedFileCommands, ReadNothingElseWhenTheSourceIsExchanged) {
-    makeFile("home/real/item", alice, "own");
-    const Attack attack([this] { exchange("home/real", "home/evil"); });
-    int copied = 0;
-    for (int i = 0; i < attempts; ++i) {
-        run(copyOf(at("home/real/item"), at("copy")));
-        const std::string text = textOf(at("copy"));
-        copied += text == "own" ? 1 : 0;
-        ASSERT_NE(text, "precious");
-    }
-    EXPECT_GT(copied, 0);
-}
-
-// The folder is missing one moment and leads to the victim the next.
-TEST_F(AttackedFileCommands, LeaveTheVictimAloneWhenAMissingFolderComesAndGoes) {
-    makeFolder("tree", alice, 0777);
-    makeFolder("tree/folder", alice, 0777);
-    const Attack attack([this] {
-        ::rename(at("home/evil").c_str(), at("home/gone").c_str());
-        ::rename(at("home/gone").c_str(), at("home/evil").c_str());
-    });
-    for (int i = 0; i < attempts; ++i) {
-        run({"/usr/bin/touch", "-c", at("home/evil/item")});
-        run(copyOf(at("source"), at("home/evil/item")));
-        run(copyOf(at("tree/folder"), at("home/evil/folder")));
-        run({"/bin/mv", "-f", at("home/evil/item"), at("taken")});
-        run({"/bin/rm", "-Rdf", at("home/evil/item")});
-    }
-    expectVictimUntouched("missing");
-}
-
-TEST_F(AttackedFileCommands, LeaveTheVictimAloneAmongTemporaryFiles) {
-    makeFolder("tmp", 0, 01777);
-    makeFile("tmp/item", alice, "own");
-    makeLink("tmp/link", at("victim/item"), alice);
-    const Attack attack([this] { exchange("tmp/item", "tmp/link"); });
-    for (int i = 0; i < attempts; ++i) {
-        run(copyOf(at("source"), at("tmp/item")));
-        run({"/bin/mkdir", "-p", at("tmp/item/new")});
-        if (!exists(at("tmp/item"))) {
-            makeFile("tmp/item", alice, "own");
-        }
-    }
-    expectVictimUntouched("temporary");
 }
 
 }  // namespace

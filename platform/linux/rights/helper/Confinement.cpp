@@ -181,8 +181,8 @@ public:
             if (needs != 0) {
                 changed.push_back(m_walks[i].folder.get());
             }
-            const Rights reads = needs == 0 || isMove() ? reading : listing;
-            made.add(std::move(m_walks[i].folder), needs | reads);
+            const Rights allowed = needs == 0 || isMove() ? needs | reading : needs;
+            made.add(std::move(m_walks[i].folder), allowed);
         }
         if (isExposed && !made.onlyRenames && !(made.shield = MountShield::around(changed))) {
             return EACCES;
