@@ -23,8 +23,8 @@ std::string objection(const std::string& sourceName, const std::string& resultNa
     }
     const std::string result = absolutePath(resultName);
     const std::string folder = kz::deletingLastPathComponent(result);
-    if (kindOf(folder) == ItemKind::missing) {
-        return folder + ": there is no such folder";
+    if (kindOf(folder) != ItemKind::folder) {
+        return shownPath(folder) + ": there is no such folder";
     }
     const std::string tool = platform::host().processes->locateTool(archiver);
     if (!platform::host().files->isExecutable(tool)) {

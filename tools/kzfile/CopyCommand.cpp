@@ -36,45 +36,68 @@ std::string destinationPath(const std::string& name, const std::string& source) 
     return kindOf(path) == ItemKind::folder ? kz::appendPathComponent(path, kz::lastPathComponent(source)) : path;
 }
 
-// What keeps the copy from being begun, in words; "" when it may.
-std::string objection(const std::string& sourceName, const std::vector<std::string>& names,
-                      const std::vector<std::string>& paths, bool mayOverwrite) {
-    const std::string source = absolutePath(sourceName);
-    switch (kindOf(source)) {
+// What speaks against the source, in words; "" when nothing does.
+std::string objectionToSource(const std::string& name) {
+    switch (kindOf(absolutePath(name))) {
         case ItemKind::missing:
         case ItemKind::danglingLink:
-            return sourceName + ": No such file or directory";
+            return name + ": No such file or directory";
         case ItemKind::folder:
-            return sourceName + ": is a folder; one file is copied at a time";
+            return name + ": is a folder; one file is copied at a time";
         case ItemKind::file:
         case ItemKind::other:
             break;
     }
-    for (std::size_t at = 0; at < paths.size(); ++at) {
-        const ItemKind kind = kindOf(paths[at]);
-        if (kind == ItemKind::folder) {
-            return paths[at] + ": is a folder";
+    return "";
+}
+
+struct Destination {
+    std::string name;  // as it was given
+    std::string path;
+};
+
+std::string objectionTo(const Destination& destination, bool mayOverwrite) {
+    const auto& [name, path] = destination;
+    const ItemKind kind = kindOf(path);
+    if (kind == ItemKind::folder) {
+        return shownPath(path) + ": is a folder";
+    }
+    if (kind == ItemKind::missing) {
+        const std::string folder = kz::deletingLastPathComponent(path);
+        const bool hasFolder = kindOf(folder) == ItemKind::folder && !name.ends_with('/');
+        return hasFolder ? "" : (name.ends_with('/') ? name : shownPath(folder)) + ": there is no such folder";
+    }
+    return mayOverwrite ? "" : shownPath(path) + ": is there already (--overwrite replaces its contents)";
+}
+
+// Under other names too.
+std::string objectionToSameFiles(const std::string& source, const std::vector<Destination>& destinations) {
+    auto& files = *platform::host().files;
+    for (auto at = destinations.begin(); at != destinations.end(); ++at) {
+        const auto identity = files.identity(at->path);
+        if (identity && identity == files.identity(source)) {
+            return at->name + ": is the source itself";
         }
-        if (kind == ItemKind::missing && names[at].ends_with('/')) {
-            return names[at] + ": there is no such folder";
-        }
-        const std::string folder = kz::deletingLastPathComponent(paths[at]);
-        if (kindOf(folder) == ItemKind::missing) {
-            return folder + ": there is no such folder";
-        }
-        const auto identity = platform::host().files->identity(paths[at]);
-        if (identity && identity == platform::host().files->identity(source)) {
-            return names[at] + ": is the source itself";
-        }
-        if (kind != ItemKind::missing && !mayOverwrite) {
-            return paths[at] + ": is there already (--overwrite replaces its contents)";
-        }
-        if (std::find(paths.begin(), paths.begin() + static_cast<std::ptrdiff_t>(at), paths[at]) !=
-            paths.begin() + static_cast<std::ptrdiff_t>(at)) {
-            return paths[at] + ": is named twice";
+        if (std::any_of(destinations.begin(), at, [&](const Destination& earlier) {
+                return earlier.path == at->path || (identity && identity == files.identity(earlier.path));
+            })) {
+            return at->name + ": is named twice";
         }
     }
     return "";
+}
+
+std::string objection(const std::string& sourceName, const std::vector<Destination>& destinations, bool mayOverwrite) {
+    std::string words = objectionToSource(sourceName);
+    if (words.empty()) {
+        words = objectionToSameFiles(absolutePath(sourceName), destinations);
+    }
+    for (const Destination& destination : destinations) {
+        if (words.empty()) {
+            words = objectionTo(destination, mayOverwrite);
+        }
+    }
+    return words;
 }
 
 struct Outcome {
@@ -84,14 +107,12 @@ struct Outcome {
 
 void printReasons(const Outcome& outcome, const std::string& source) {
     for (const std::string& path : outcome.damaged) {
-        printError(path + ": did not read as the source did, and was removed");
+        printError(shownPath(path) + ": did not read as the source did, and was removed");
     }
     if (!outcome.damaged.empty()) {
         return;
     }
-    printError(reports().lastFailure().value_or(source +
-                                                ": changed while it was copied, is no regular file, or two of the "
-                                                "destinations are the same file"));
+    printError(reports().lastFailure().value_or(source + ": changed while it was copied"));
 }
 
 Outcome copy(const std::string& source, const std::vector<std::string>& destinations, FileCopyVerification verification,
@@ -125,11 +146,13 @@ int run(const Arguments& arguments) {
     const auto verification = algorithm ? algorithmNamed(*algorithm).verification : FileCopyVerification::none;
     const std::string& sourceName = arguments.operands().front();
     const std::string source = absolutePath(sourceName);
-    const std::vector<std::string> names(arguments.operands().begin() + 1, arguments.operands().end());
+    std::vector<Destination> destinations;
     std::vector<std::string> paths;
-    std::ranges::transform(names, std::back_inserter(paths),
-                           [&](const std::string& name) { return destinationPath(name, source); });
-    if (const std::string words = objection(sourceName, names, paths, arguments.has("overwrite")); !words.empty()) {
+    for (auto name = arguments.operands().begin() + 1; name != arguments.operands().end(); ++name) {
+        paths.push_back(destinationPath(*name, source));
+        destinations.push_back({*name, paths.back()});
+    }
+    if (const std::string words = objection(sourceName, destinations, arguments.has("overwrite")); !words.empty()) {
         printError(words);
         return failed;
     }

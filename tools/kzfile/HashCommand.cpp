@@ -9,6 +9,7 @@
 #include "tools/kzfile/Algorithms.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Paths.h"
+#include "tools/kzfile/ReportingHost.h"
 #include "tools/kzfile/Streams.h"
 
 namespace kzfile {
@@ -44,10 +45,11 @@ int run(const Arguments& arguments) {
     const Algorithm& algorithm = algorithmNamed(arguments.value("algorithm").value_or("sha256"));
     int code = done;
     for (const std::string& name : arguments.operands()) {
+        reports().clear();
         const auto [digest, failure] = name == "-" ? digestOfInput(algorithm.kind)
                                                    : KZFileManager::digestOfFile(absolutePath(name), algorithm.kind);
         if (!digest) {
-            printError(failure ? failure->description : name + ": cannot be read");
+            printError(reports().lastFailure().value_or(failure ? failure->description : name + ": cannot be read"));
             code = failed;
         } else if (arguments.has("zero")) {
             print(*digest + "  " + name + '\0');

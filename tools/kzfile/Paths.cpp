@@ -15,6 +15,13 @@ std::string absolutePath(const std::string& name) {
     return kz::appendPathComponent(name.starts_with('/') ? "/" : workingFolder(), name);
 }
 
+std::string shownPath(const std::string& path) {
+    std::error_code error;
+    const std::string folder = fs::current_path(error).string() + '/';
+    const bool isBelow = !error && folder != "//" && path.starts_with(folder) && path.size() > folder.size();
+    return isBelow ? path.substr(folder.size()) : path;
+}
+
 std::string resolvedPath(const std::string& name) {
     const std::string path = absolutePath(name);
     const std::string last = kz::lastPathComponent(path);

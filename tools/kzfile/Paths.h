@@ -11,6 +11,9 @@ std::string workingFolder();
 // Nothing but made absolute, without trailing slashes.
 std::string absolutePath(const std::string& name);
 
+// As a user would name it: relative to the working folder when it lies there.
+std::string shownPath(const std::string& path);
+
 // With the links and dots of the folders above it resolved, as far as they are there: the item itself, which may be a
 // link, is named by one path whatever was typed.
 std::string resolvedPath(const std::string& name);

@@ -7,6 +7,7 @@
 #include "lib/KZLog.h"
 #include "platform/linux/services/LinuxHost.h"
 #include "tools/kzfile/Interruption.h"
+#include "tools/kzfile/Paths.h"
 
 namespace kzfile {
 
@@ -132,7 +133,12 @@ void Reports::clear() {
     m_tool.reset();
 }
 
-void Reports::add(const std::string& path, int code) { add(path + ": " + std::generic_category().message(code)); }
+void Reports::add(const std::string& path, int code) {
+    // What the host says of pipes, sockets and devices, which it does not touch.
+    const std::string words =
+        code == EOPNOTSUPP ? "is neither a file nor a folder" : std::generic_category().message(code);
+    add(shownPath(path) + ": " + words);
+}
 
 void Reports::add(const std::string& text) {
     const std::lock_guard lock(m_mutex);

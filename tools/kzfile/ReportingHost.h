@@ -21,7 +21,7 @@ public:
     void addConsoleLine(const std::string& line);
     void setTool(std::shared_ptr<platform::Process> tool);
 
-    // The last of them in words, "PATH: Permission denied"; none when nothing failed.
+    // The last of them in words, "NAME: Permission denied"; none when nothing failed.
     std::optional<std::string> lastFailure() const;
     std::vector<std::string> consoleLines() const;
     std::shared_ptr<platform::Process> tool() const;  // the one that was started last; none before
