@@ -1,6 +1,8 @@
 // A prompt that a test answers beforehand.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <deque>
 #include <functional>
@@ -13,7 +15,8 @@
 
 #include "platform/linux/rights/PasswordPrompt.h"
 
-// Each question takes the next of the steps, in a thread of its own; one for which there is none stays unanswered.
+// Each question takes the next of the steps, in a thread of its own. One for which there is none fails the test, and is
+// cancelled.
 class AnsweringPrompt : public platform::rights::PasswordPrompt {
 public:
     struct Step {
@@ -21,6 +24,7 @@ public:
         std::string user{};                     // empty: the usual one
         std::chrono::milliseconds after{0};
         std::optional<std::chrono::milliseconds> cancelAfter{};  // after the answer
+        bool isAnswered = true;                                  // false: the question just stands
     };
 
     AnsweringPrompt(std::deque<Step> steps, std::string usual) : m_steps(std::move(steps)), m_usual(std::move(usual)) {}
@@ -36,13 +40,9 @@ public:
         const std::lock_guard lock(m_mutex);
         m_open = true;
         m_requests.push_back(request);
-        if (m_steps.empty()) {
+        Step step = nextStep(request);
+        if (!step.isAnswered) {
             return;
-        }
-        Step step = std::move(m_steps.front());
-        m_steps.pop_front();
-        if (step.user.empty()) {
-            step.user = m_usual;
         }
         m_threads.emplace_back([step = std::move(step), answered = std::move(answered)] {
             std::this_thread::sleep_for(step.after);
@@ -72,6 +72,20 @@ public:
     }
 
 private:
+    Step nextStep(const platform::rights::PasswordRequest& request) {
+        if (m_steps.empty()) {
+            ADD_FAILURE() << "asked once more than the test answers: problem " << static_cast<int>(request.problem)
+                          << ", question \"" << request.question << "\", details \"" << request.details << "\"";
+            return {};
+        }
+        Step step = std::move(m_steps.front());
+        m_steps.pop_front();
+        if (step.user.empty()) {
+            step.user = m_usual;
+        }
+        return step;
+    }
+
     std::mutex m_mutex;
     std::deque<Step> m_steps;
     const std::string m_usual;
