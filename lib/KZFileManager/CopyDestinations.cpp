@@ -38,7 +38,7 @@ bool reposition(CopyDestination& destination, std::uint64_t position, const Writ
 
 CopyDestinations::~CopyDestinations() {
     for (CopyDestination& destination : m_destinations) {
-        if (!destination.complete && (destination.created || m_touched)) {
+        if (!destination.complete && (destination.created || destination.emptied)) {
             discard(destination);
         }
     }
@@ -59,11 +59,13 @@ bool CopyDestinations::open(const std::vector<std::string>& paths, platform::Ope
         m_destinations.push_back(
             {.path = path, .file = std::move(opened.file), .identity = *identity, .created = opened.created});
     }
-    m_touched = true;
-    const auto kept = std::find_if(
-        m_destinations.begin(), m_destinations.end(),
-        [](const CopyDestination& destination) { return !destination.created && destination.file->truncate() != 0; });
-    return kept == m_destinations.end() || refuse(kept->path);
+    for (CopyDestination& destination : m_destinations) {
+        if (!destination.created && destination.file->truncate() != 0) {
+            return refuse(destination.path);
+        }
+        destination.emptied = true;
+    }
+    return true;
 }
 
 bool CopyDestinations::isTaken(const platform::FileIdentity& identity, platform::OpenFile& source) const {
@@ -115,7 +117,11 @@ bool CopyDestinations::close(CopyDestination& destination) {
 }
 
 void CopyDestinations::discard(CopyDestination& destination) {
+    platform::FileManager& files = *platform::host().files;
     if (!destination.file) {
+        if (files.identity(destination.path) != destination.identity) {
+            return;  // gone already: to open it would make it again
+        }
         auto again = openFiles().openForWriting(destination.path);
         if (!again.file || again.file->identity() != destination.identity) {
             return;
@@ -123,7 +129,6 @@ void CopyDestinations::discard(CopyDestination& destination) {
         destination.file = std::move(again.file);
     }
     (void)destination.file->truncate();  // in case that it cannot be removed
-    platform::FileManager& files = *platform::host().files;
     if (destination.created && files.identity(destination.path) == destination.identity) {
         (void)files.removeItem(destination.path);
     }

@@ -18,10 +18,11 @@ struct CopyDestination {
     std::unique_ptr<platform::OpenFile> file;
     platform::FileIdentity identity;
     bool created = false;  // by this copy
+    bool emptied = false;  // by this copy: what it held before is lost
     bool complete = false;
 };
 
-// When it goes, what is not complete goes with it: a file that was created is removed, another one is emptied.
+// When it goes, what is not complete goes with it: a file that was created is removed, one that was emptied is empty.
 class CopyDestinations {
 public:
     CopyDestinations() = default;
@@ -30,7 +31,7 @@ public:
     CopyDestinations& operator=(const CopyDestinations&) = delete;
 
     // Opens all of them, then empties them. False, after a line in the log, when one cannot be opened or is the source
-    // or another destination; the contents of all are untouched then.
+    // or another destination, the contents of all being untouched then, or when one cannot be emptied.
     bool open(const std::vector<std::string>& paths, platform::OpenFile& source);
 
     // Appends the chunk to all of them; what fails is tried once more from where it stopped. False, after a line in the
@@ -49,7 +50,6 @@ private:
 
     std::vector<CopyDestination> m_destinations;
     std::uint64_t m_position = 0;  // of the next chunk
-    bool m_touched = false;        // whether destinations that were there before have lost their contents
 };
 
 }  // namespace KZFileManager

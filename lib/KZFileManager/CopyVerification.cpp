@@ -42,13 +42,13 @@ std::vector<std::string> digestsOfDestinations(std::vector<CopyDestination>& des
     };
     const std::size_t wanted = std::min<std::size_t>(destinations.size(), std::thread::hardware_concurrency());
     std::vector<std::jthread> others;
-    try {
-        others.reserve(wanted);
-        while (others.size() + 1 < wanted) {
+    others.reserve(wanted);
+    while (others.size() + 1 < wanted) {
+        try {
             others.emplace_back(work);
+        } catch (const std::system_error&) {
+            break;  // no more threads to be had: those that are there do all of it
         }
-    } catch (const std::system_error&) {
-        others.shrink_to_fit();  // no more threads to be had: those that are there do all of it
     }
     work();
     others.clear();  // waits for them

@@ -107,7 +107,7 @@ bool FileCopy::run(const std::vector<std::string>& destinations) {
     if (!copyContents(pipeline)) {
         return false;
     }
-    m_good.assign(destinations.size(), true);
+    m_good.assign(m_destinations.all().size(), true);
     compareSizes();
     if (m_digestKind) {
         verify(pipeline.finish());
@@ -151,6 +151,9 @@ bool FileCopy::copyContents(HashPipeline& pipeline) {
         reportProgress();
         if (*m_cancelled) {
             return false;
+        }
+        if (m_total > m_sourceSize) {
+            return true;  // the sizes differ already, and a source that is written to may never end
         }
     }
 }
@@ -224,6 +227,22 @@ bool FileCopy::complete() {
     return allComplete;
 }
 
+SharedSettings settingsOf(const std::string& source, const std::vector<std::string>& destinations,
+                          const SharedFileCopyDelegate& delegate, const std::any& object, const std::any& object2) {
+    FileCopySettings settings{
+        {"source", {source}}, {"destinations", {destinations}}, {"operationtype", {std::string("copy")}}};
+    if (delegate) {
+        settings["delegate"] = {delegate};
+    }
+    if (object.has_value()) {
+        settings["object"].value.emplace<std::any>(object);
+    }
+    if (object2.has_value()) {
+        settings["object2"].value.emplace<std::any>(object2);
+    }
+    return std::make_shared<const FileCopySettings>(std::move(settings));
+}
+
 bool canBegin(const std::string& source, const std::vector<std::string>& destinations) {
     if (!fileExistsAtPath(source)) {
         KZLog::appendLog("Error: File %@ doesn't exist. Aborting copy process...", source);
@@ -250,28 +269,21 @@ bool canBegin(const std::string& source, const std::vector<std::string>& destina
 bool copyFileWithProgress(const std::string& source, const std::vector<std::string>& destinations,
                           FileCopyVerification verificationType, const SharedFileCopyDelegate& delegate,
                           const std::any& object, const std::any& object2) {
-    if (!canBegin(source, destinations)) {
-        return false;
-    }
-    try {
-        FileCopySettings settings{
-            {"source", {source}}, {"destinations", {destinations}}, {"operationtype", {std::string("copy")}}};
-        if (delegate) {
-            settings["delegate"] = {delegate};
+    bool done = false;
+    // The caller's objects are copied, and may throw as a delegate may.
+    callDelegate("copyFileWithProgress:destinations:verificationType:delegate:object:object:", [&] {
+        if (!canBegin(source, destinations)) {
+            return;
         }
-        if (object.has_value()) {
-            settings["object"].value.emplace<std::any>(object);
+        try {
+            FileCopy copy(source, verificationType, delegate,
+                          settingsOf(source, destinations, delegate, object, object2));
+            done = copy.run(destinations);
+        } catch (const std::bad_alloc&) {
+            KZLog::appendLog("Error copying file %@ - out of memory", source);
         }
-        if (object2.has_value()) {
-            settings["object2"].value.emplace<std::any>(object2);
-        }
-        FileCopy copy(source, verificationType, delegate,
-                      std::make_shared<const FileCopySettings>(std::move(settings)));
-        return copy.run(destinations);
-    } catch (const std::bad_alloc&) {
-        KZLog::appendLog("Error copying file %@ - out of memory", source);
-        return false;
-    }
+    });
+    return done;
 }
 
 bool copyFileWithProgress(const std::string& source, const std::string& destination,

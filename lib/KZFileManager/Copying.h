@@ -50,19 +50,20 @@ enum class FileCopyVerification { none = 0, md5 = 1, sha1 = 2, sha256 = 3, sha51
 // True when every byte was copied to every destination and the copies are as long as the source and, if that was asked
 // for, read as it did. A failure is told in the log, that the source cannot be opened on the system console; a copy
 // that the delegate ends says nothing. Blocks. The delegate and the objects are kept until the last report is
-// delivered.
+// delivered; an object that cannot be copied because it throws makes the result false.
 //
 // Links are followed on both sides, a dangling one at a destination is refused. The source has to be a regular file,
 // and so does what stands at a destination: it is overwritten. Nothing is touched unless every destination can be
-// opened and is neither the source nor another destination, under whatever name.
+// opened and is neither the source nor another destination, under whatever name; then all are emptied.
 //
-// A destination appears under its name at once and grows there, readable for its owner alone until it is complete. When
-// the result is false no part of a copy is left: destinations that this copy made are removed, those that were there
-// before are emptied, their former contents being lost. After the copying itself only those go that have the wrong
-// length or do not verify; the others are complete and stay.
+// A destination appears under its name at once and grows there; one that this copy made is readable for its owner alone
+// until it is complete, one that was there before keeps its mode until then. When the result is false no part of a copy
+// is left: destinations that this copy made are removed, those that were there before are emptied, their former
+// contents being lost. After the copying itself only those go that have the wrong length or do not verify; the others
+// are complete and stay. A process that is killed leaves them as far as they have come; the next copy overwrites them.
 //
-// A source that becomes longer or shorter while it is read makes the result false. So does a file that does not know
-// its size, as the kernel's own are.
+// A source that becomes longer or shorter while it is read makes the result false; it is read no further than one chunk
+// past the length that it had. So does a file that does not know its size, as the kernel's own are.
 //
 // Verification reads the copies again as the system gives them, from its memory as far as they are still there.
 //

@@ -66,8 +66,10 @@ std::optional<std::string> hashOfStream(std::FILE* stream, const std::string& pa
     }
 }
 
+// The delegate is held: what was given may be let go of by one of its own answers.
 std::optional<std::string> hashForFile(const std::string& path, platform::DigestKind kind,
-                                       const SharedChecksumDelegate& delegate) {
+                                       const SharedChecksumDelegate& given) {
+    const SharedChecksumDelegate delegate = given;
     std::FILE* const stream = platform::host().openFiles->openStream(path);
     if (stream == nullptr) {
         logToConsole("Error: Unable to open destination file %@. Aborting hash verification...", path);

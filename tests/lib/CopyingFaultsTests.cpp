@@ -1,8 +1,11 @@
 // Copies whose reading, writing or verification goes wrong.
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "tests/lib/CopyingFixture.h"
 
@@ -134,6 +137,18 @@ TEST_F(CopyingFaults, AFileThatCannotBeEmptiedEndsTheCopy) {
     EXPECT_FALSE(stands(disk / "a"));
 }
 
+TEST_F(CopyingFaults, FilesThatWereNotEmptiedYetKeepTheirContentsWhenOneCannotBe) {
+    add("a", "before");
+    add("b", "before");
+    add("c", "before");
+    fail(OpenOperation::truncate, disk / "b", {.code = EIO});
+
+    EXPECT_FALSE(copy(source, three));
+    EXPECT_EQ(read(disk / "a"), "");
+    EXPECT_EQ(read(disk / "b"), "before");
+    EXPECT_EQ(read(disk / "c"), "before");
+}
+
 TEST_F(CopyingFaults, WhatTheDiskTellsOnlyWhenTheFileIsClosedCountsToo) {
     fail(OpenOperation::close, disk / "b", {.code = EIO});
 
@@ -151,6 +166,19 @@ TEST_F(CopyingFaults, AFileThatWasThereIsEmptyWhenClosingItFails) {
     EXPECT_FALSE(copy(source, three));
     EXPECT_TRUE(stands(disk / "b"));
     EXPECT_EQ(read(disk / "b"), "");
+}
+
+TEST_F(CopyingFaults, ACopyThatWasMovedAwayWhenClosingItFailsIsNotMadeAgain) {
+    openFiles.decide = [this](const OpenCall& call) {
+        if (call.operation == OpenOperation::close && call.path == disk / "a") {
+            std::filesystem::rename(disk / "a", disk / "elsewhere");
+            return Outcome{.code = EIO};
+        }
+        return Outcome{};
+    };
+
+    EXPECT_FALSE(copy(source, {disk / "a"}));
+    EXPECT_FALSE(stands(disk / "a"));
 }
 
 TEST_F(CopyingFaults, AFileThatSomebodyElsePutInThePlaceOfThePartialOneStays) {
@@ -179,6 +207,20 @@ TEST_F(CopyingFaults, ASourceThatGrowsWhileItIsReadIsNotCopied) {
                                              "Error: copied file size does not match original source " + source));
     EXPECT_FALSE(stands(disk / "a"));
     EXPECT_FALSE(stands(disk / "b"));
+}
+
+TEST_F(CopyingFaults, ASourceThatNeverStopsGrowingDoesNotHoldTheCopyUp) {
+    openFiles.decide = [this](const OpenCall& call) {
+        if (call.operation == OpenOperation::read && call.path == source && call.number < 200) {
+            std::ofstream(source, std::ios::app) << mixedContents;
+        }
+        return Outcome{};
+    };
+
+    EXPECT_FALSE(copy(source, {disk / "a"}, Verification::md5));
+    EXPECT_EQ(openFiles.count(OpenOperation::read, source), mixedContents.size() / 65536 + 1);
+    EXPECT_THAT(newLogEntries(), ElementsAre("Error: copied file size does not match original source " + source));
+    EXPECT_FALSE(stands(disk / "a"));
 }
 
 TEST_F(CopyingFaults, ASourceThatShrinksWhileItIsReadIsNotCopied) {
@@ -214,6 +256,46 @@ TEST_F(CopyingFaults, AFullDiskLeavesNothingOfAnyCopy) {
     }
 
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+TEST_F(CopyingFaults, AFileLargerThanTheProcessMayWriteEndsTheCopyAndLeavesNothing) {
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto signal = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{.rlim_cur = 100000, .rlim_max = before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    const bool copied = copy(source, three);
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    (void)std::signal(SIGXFSZ, signal);
+
+    EXPECT_FALSE(copied);
+    EXPECT_THAT(newLogEntries(), ElementsAre("Error writing file " + (disk / "a") + ": 27",
+                                             "Error writing file " + (disk / "a") + ": 27"));
+    expectNoneOfThree();
+}
+
+TEST_F(CopyingFaults, AProcessThatIsKilledLeavesWhatItHadAndTheNextCopyCompletesIt) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        openFiles.decide = [](const OpenCall& call) {
+            if (call.operation == OpenOperation::write && call.number == 3) {
+                ::kill(::getpid(), SIGKILL);
+            }
+            return Outcome{};
+        };
+        (void)copy(source, three);
+        ::_exit(1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(read(disk / "a"), mixedContents.substr(0, 2 * 65536));
+    EXPECT_EQ(std::filesystem::status(disk / "a").permissions(), std::filesystem::perms(0600));
+
+    EXPECT_TRUE(copy(source, three, Verification::sha256));
+    for (const std::string& path : three) {
+        EXPECT_EQ(read(path), mixedContents) << path;
+    }
 }
 
 class Verifying : public CopyingFaults {

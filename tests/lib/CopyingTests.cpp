@@ -260,6 +260,63 @@ TEST_F(CopyingWithProgress, GoesOnWhenADelegateThrows) {
                                              "Exception in fileCopyFinished:. std::exception - trouble."));
 }
 
+// Given to a copy as one of the caller's objects.
+struct ReluctantObject {
+    explicit ReluctantObject(const bool& refusing) : refuses(&refusing) {}
+    ReluctantObject(const ReluctantObject& other) : refuses(other.refuses) {
+        if (*refuses) {
+            throw std::runtime_error("not to be copied");
+        }
+    }
+    ReluctantObject& operator=(const ReluctantObject&) = delete;
+    ~ReluctantObject() = default;
+
+    const bool* refuses;
+};
+
+TEST_F(CopyingWithProgress, FailsWithoutAnExceptionWhenAnObjectCannotBeCopied) {
+    bool refuses = false;
+    const std::any object(std::in_place_type<ReluctantObject>, refuses);
+    const std::string source = add("source");
+    refuses = true;
+
+    EXPECT_FALSE(KZFileManager::copyFileWithProgress(source, disk / "a", delegate, object));
+    EXPECT_THAT(newLogEntries(), ElementsAre("Exception in copyFileWithProgress:destinations:verificationType:delegate:"
+                                             "object:object:. std::exception - not to be copied."));
+    EXPECT_FALSE(stands(disk / "a"));
+}
+
+TEST_F(CopyingWithProgress, MayBeLetGoOfByItsCallersFromWithinAnAnswer) {
+    auto given = std::shared_ptr<const KZFileManager::FileCopyDelegate>(delegate);
+    std::vector<std::string> destinations{disk / "a", disk / "b"};
+    delegate->fileCopyShouldContinue = [&](const Settings&) {
+        ++questions;
+        given.reset();
+        destinations.clear();
+        return true;
+    };
+
+    EXPECT_TRUE(KZFileManager::copyFileWithProgress(addHole("source", 45 * mebibyte), destinations, Verification::none,
+                                                    given, {}, {}));
+    EXPECT_EQ(questions, 2);
+    EXPECT_EQ(finished, 1);
+    EXPECT_EQ(std::filesystem::file_size(disk / "b"), 45 * mebibyte);
+}
+
+TEST_F(CopyingWithProgress, EndsSoonAfterANoFromTheHostsOwnThreads) {
+    auto host = platform::host();
+    host.background = platform::linux_host::services().background;
+    const platform::ScopedHost scope(host);
+    std::atomic<bool> stop = false;
+    delegate->fileCopyBytesWritten = [&](std::uint64_t, const Settings&) { stop = true; };
+    delegate->fileCopyShouldContinue = [&](const Settings&) { return !stop; };
+
+    EXPECT_FALSE(copy(addHole("source", 4096 * mebibyte), {disk / "a", disk / "b"}));
+    EXPECT_FALSE(stands(disk / "a"));
+    EXPECT_FALSE(stands(disk / "b"));
+    EXPECT_EQ(finished, 0);
+}
+
 TEST_F(CopyingWithProgress, WorksOnTheHostsOwnThreads) {
     auto host = platform::host();
     host.background = platform::linux_host::services().background;
@@ -299,6 +356,16 @@ TEST_F(CopyingWithProgress, GivesTheCopiesTheExtendedAttributesOfTheSource) {
     std::string value(3, '\0');
     EXPECT_EQ(::getxattr((disk / "a").c_str(), "user.colour", value.data(), value.size()), 3);
     EXPECT_EQ(value, "red");
+}
+
+TEST_F(CopyingWithProgress, LeavesNoExtendedAttributeOfTheFileThatItOverwrites) {
+    const std::string old = add("a", "before");
+    if (::setxattr(old.c_str(), "user.colour", "red", 3, 0) != 0) {
+        GTEST_SKIP() << "this file system keeps no extended attributes";
+    }
+
+    EXPECT_TRUE(copy(add("source"), {old}));
+    EXPECT_LT(::getxattr(old.c_str(), "user.colour", nullptr, 0), 0);
 }
 
 TEST_F(CopyingWithProgress, SaysOnTheConsoleThatAttributesCouldNotBeSetAndSucceeds) {

@@ -237,6 +237,18 @@ TEST_F(Hashing, IsNotHeldUpByADelegateThatIsSlowToAnswer) {
     EXPECT_EQ(questions, 1);
 }
 
+TEST_F(Hashing, HoldsADelegateThatItsCallerLetsGoOfFromWithinAnAnswer) {
+    SharedChecksumDelegate given;
+    given = std::make_shared<ChecksumDelegate>(ChecksumDelegate{[&](const std::string&) {
+        ++questions;
+        given.reset();
+        return true;
+    }});
+
+    EXPECT_TRUE(KZFileManager::md5HashForFile(addHole("file", 101 * mebibyte), given));
+    EXPECT_EQ(questions, 2);
+}
+
 TEST_F(Hashing, NeverAsksADelegateThatDoesNotAnswer) {
     const auto silent = std::make_shared<ChecksumDelegate>();
 
