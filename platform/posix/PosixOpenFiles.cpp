@@ -32,6 +32,9 @@ struct OpenedDescriptor {
     int code = 0;
 };
 
+// From now on as if opened without O_NONBLOCK.
+void letWait(int descriptor, int flags) { (void)::fcntl(descriptor, F_SETFL, flags); }
+
 // Looked at twice: opening a device can do something to it, and what is opened may be another than was looked at.
 OpenedDescriptor openChecked(const std::string& path, int flags, int (*refusal)(mode_t)) {
     if (path.find('\0') != std::string::npos) {
@@ -51,7 +54,7 @@ OpenedDescriptor openChecked(const std::string& path, int flags, int (*refusal)(
     if (const int code = refusal(status.st_mode); code != 0) {
         return {.descriptor = {}, .code = code};
     }
-    (void)::fcntl(descriptor.get(), F_SETFL, flags);  // from now on as if opened without O_NONBLOCK
+    letWait(descriptor.get(), flags);
     return {.descriptor = std::move(descriptor), .code = 0};
 }
 
@@ -124,6 +127,7 @@ OpenFiles::Opened PosixOpenFiles::openForWriting(const std::string& path) {
     }
     Descriptor made(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | alwaysFlags, S_IRUSR | S_IWUSR));
     if (made) {
+        letWait(made.get(), O_RDWR);
         return {.file = std::make_unique<PosixOpenFile>(std::move(made), path, m_copyAttributes), .created = true};
     }
     if (errno != EEXIST && errno != EISDIR) {

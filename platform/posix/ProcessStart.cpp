@@ -15,6 +15,7 @@ void prepareProcess() {
         }
     }
     ::signal(SIGPIPE, SIG_IGN);
+    ::signal(SIGXFSZ, SIG_IGN);
 }
 
 }  // namespace platform::posix

@@ -125,6 +125,25 @@ TEST_F(OpeningFiles, RefusesWithoutWaitingWhatIsNoRegularFile) {
     }
 }
 
+TEST_F(OpeningFiles, ReadsAndWritesAsAFileThatMayWait) {
+    const auto flagsOf = [](const std::string& path) {
+        for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+            std::error_code error;
+            if (fs::read_symlink(entry.path(), error) == path) {
+                return ::fcntl(std::stoi(entry.path().filename()), F_GETFL);
+            }
+        }
+        return -1;
+    };
+    const auto made = files.openForWriting(disk / "new");
+    const auto reading = files.openForReading(add("source", "x"));
+    const auto writing = files.openForWriting(add("there", "x"));
+
+    for (const std::string& path : {disk / "new", disk / "source", disk / "there"}) {
+        EXPECT_EQ(flagsOf(path) & O_NONBLOCK, 0) << path;
+    }
+}
+
 TEST_F(OpeningFiles, SaysWhyAFileCannotBeOpened) {
     EXPECT_EQ(files.openForReading(disk / "missing").code, ENOENT);
     EXPECT_EQ(files.openForReading("").code, ENOENT);

@@ -1,8 +1,12 @@
 #include "platform/posix/ProcessStart.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
 
 namespace {
 
@@ -37,6 +41,19 @@ TEST(ProcessStart, LeavesStreamsAloneThatAreThere) {
                   platform::posix::prepareProcess();
                   char read = 0;
                   return ::write(STDOUT_FILENO, "x", 1) == 1 && ::read(pipe[0], &read, 1) == 1 ? 0 : 1;
+              }),
+              0);
+}
+
+TEST(ProcessStart, OutlivesAFileThatIsLargerThanItMayWrite) {
+    EXPECT_EQ(statusOf([] {
+                  std::FILE* const file = std::tmpfile();
+                  const rlimit limit{.rlim_cur = 1, .rlim_max = 1};
+                  if (file == nullptr || ::setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+                      return 1;
+                  }
+                  platform::posix::prepareProcess();
+                  return ::pwrite(::fileno(file), "x", 1, 1) == -1 && errno == EFBIG ? 0 : 2;
               }),
               0);
 }
