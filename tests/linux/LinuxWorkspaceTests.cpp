@@ -1,6 +1,9 @@
 #include "platform/linux/services/workspace/LinuxWorkspace.h"
 
+#include <sys/time.h>
+
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <thread>
 
@@ -137,6 +140,39 @@ TEST_F(Workspace, ApplicationIsStartedWithTheAddressAndNotWaitedFor) {
     EXPECT_FALSE(m_workspace.openURLs({"gantry:"}, "com.example.Other"));
 }
 
+TEST_F(Workspace, FolderIsNoProgramOfAnApplication) {
+    makeFolder("Gantry.app");
+    write("home/.local/share/applications/com.example.Gantry.desktop",
+          "[Desktop Entry]\nType=Application\nName=Gantry\nExec=\"" + at("Gantry.app") + "\" %u\n");
+    EXPECT_EQ(m_workspace.applicationWithIdentifier("com.example.Gantry"), std::nullopt);
+    makeFolder("bin/xdg-open");
+    makeFolder("later");
+    writeTool("later/xdg-open", "touch " + at("seen"));
+    const ScopedVariable path("PATH", at("bin") + ":" + at("later") + ":/usr/bin:/bin");
+    EXPECT_TRUE(m_workspace.openURL("https://example.com/"));
+    EXPECT_TRUE(appears("seen"));
+}
+
+TEST_F(Workspace, ApplicationIsStartedAlsoWhileSignalsCome) {
+    writeTool("tool", "exit 0");
+    write("home/.local/share/applications/com.example.Gantry.desktop",
+          "[Desktop Entry]\nType=Application\nName=Gantry\nExec=" + at("tool") + "\n");
+    struct sigaction noticed {};
+    struct sigaction before {};
+    noticed.sa_handler = [](int) {};  // without SA_RESTART: calls that wait are interrupted
+    ASSERT_EQ(::sigaction(SIGALRM, &noticed, &before), 0);
+    const itimerval often{.it_interval = {.tv_sec = 0, .tv_usec = 500}, .it_value = {.tv_sec = 0, .tv_usec = 500}};
+    const itimerval never{};
+    ::setitimer(ITIMER_REAL, &often, nullptr);
+    bool started = true;
+    for (int time = 0; time < 50; ++time) {
+        started = started && m_workspace.openURLs({}, "com.example.Gantry");
+    }
+    ::setitimer(ITIMER_REAL, &never, nullptr);
+    ::sigaction(SIGALRM, &before, nullptr);
+    EXPECT_TRUE(started);
+}
+
 TEST_F(Workspace, AddressGoesToTheDesktopsOwnTool) {
     makeFolder("bin");
     writeTool("bin/xdg-open", "printf '%s' \"$1\" > " + at("seen.part") + "; mv " + at("seen.part") + " " + at("seen"));
@@ -191,6 +227,22 @@ TEST(DesktopEntries, CommandLineFillsInItsFieldCodes) {
     EXPECT_EQ(commandLine({"", "", "", "run %u"}, {"u1", "u2"}), (std::vector<std::string>{"run", "u1"}));
     EXPECT_EQ(commandLine({"", "", "", "run %f"}, {}), std::vector<std::string>{"run"});
     EXPECT_TRUE(commandLine({"", "", "", "run \"open"}, {}).empty());
+}
+
+TEST(DesktopEntries, GivePathsToAnApplicationThatWantsFiles) {
+    const std::vector<std::string> urls{"file:///a%20b/%C3%bc", "file://localhost/c", "https://example.com/d%20e"};
+    EXPECT_EQ(commandLine({"", "", "", "run %F"}, urls),
+              (std::vector<std::string>{"run", "/a b/\xc3\xbc", "/c", "https://example.com/d%20e"}));
+    EXPECT_EQ(commandLine({"", "", "", "run --tree=%f"}, urls),
+              (std::vector<std::string>{"run", "--tree=/a b/\xc3\xbc"}));
+    EXPECT_EQ(commandLine({"", "", "", "run %U"}, urls).at(1), "file:///a%20b/%C3%bc");
+}
+
+TEST(DesktopEntries, LeaveAnAddressAloneThatStandsForNoPathHere) {
+    for (const std::string url :
+         {"file://elsewhere/a", "file:///a%0", "file:///a%zz", "file:///a%00b", "file:", "/a%20"}) {
+        EXPECT_EQ(commandLine({"", "", "", "run %f"}, {url}).back(), url);
+    }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "platform/linux/services/workspace/DesktopEntries.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "platform/linux/services/files/AtomicFile.h"
@@ -65,6 +66,47 @@ bool splitWords(const std::string& exec, std::vector<std::string>& words) {
     return !quoted;
 }
 
+int hexadecimalValue(char digit) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    const char lower = digit >= 'A' && digit <= 'F' ? static_cast<char>(digit - 'A' + 'a') : digit;
+    const auto found = digits.find(lower);
+    return found == std::string_view::npos ? -1 : static_cast<int>(found);
+}
+
+// The path that a "file" address stands for; anything else as it is.
+std::string localPath(const std::string& url) {
+    constexpr std::string_view scheme = "file://";
+    constexpr std::string_view thisMachine = "localhost";
+    std::string_view encoded = url;
+    if (!encoded.starts_with(scheme)) {
+        return url;
+    }
+    encoded.remove_prefix(scheme.size());
+    if (encoded.starts_with(thisMachine)) {
+        encoded.remove_prefix(thisMachine.size());
+    }
+    if (!encoded.starts_with('/')) {
+        return url;  // on another machine
+    }
+    std::string path;
+    while (!encoded.empty()) {
+        std::size_t length = 1;
+        char byte = encoded.front();
+        if (byte == '%') {
+            const int high = encoded.size() > 2 ? hexadecimalValue(encoded[1]) : -1;
+            const int low = encoded.size() > 2 ? hexadecimalValue(encoded[2]) : -1;
+            if (high < 0 || low < 0 || high + low == 0) {
+                return url;
+            }
+            byte = static_cast<char>(high * 16 + low);
+            length = 3;
+        }
+        path += byte;
+        encoded.remove_prefix(length);
+    }
+    return path;
+}
+
 // One word with its field codes filled in; codes that stand for something the entry lacks vanish.
 std::string expanded(const std::string& word, const DesktopEntry& entry, const std::vector<std::string>& urls) {
     std::string text;
@@ -84,8 +126,10 @@ std::string expanded(const std::string& word, const DesktopEntry& entry, const s
                 text += entry.path;
                 break;
             case 'u':
-            case 'f':
                 text += urls.empty() ? std::string() : urls.front();
+                break;
+            case 'f':
+                text += urls.empty() ? std::string() : localPath(urls.front());
                 break;
             default:
                 break;
@@ -154,8 +198,10 @@ std::vector<std::string> commandLine(const DesktopEntry& entry, const std::vecto
     }
     std::vector<std::string> command;
     for (const std::string& word : words) {
-        if (word == "%U" || word == "%F") {
+        if (word == "%U") {
             command.insert(command.end(), urls.begin(), urls.end());
+        } else if (word == "%F") {
+            std::transform(urls.begin(), urls.end(), std::back_inserter(command), localPath);
         } else if (word == "%i") {
             if (!entry.icon.empty()) {
                 command.insert(command.end(), {"--icon", entry.icon});

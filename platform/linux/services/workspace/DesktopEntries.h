@@ -22,8 +22,8 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view text);
 std::optional<DesktopEntry> findDesktopEntry(const std::string& identifier,
                                              const std::vector<std::string>& dataFolders);
 
-// The command line of the entry with the addresses put in where it wants them; where it takes one only, the first. A
-// quoting that does not end gives an empty list.
+// The command line of the entry with the addresses put in where it wants them, those of local files as paths where it
+// wants files; where it takes one only, the first. A quoting that does not end gives an empty list.
 std::vector<std::string> commandLine(const DesktopEntry& entry, const std::vector<std::string>& urls);
 
 }  // namespace platform::linux_host

@@ -1,6 +1,7 @@
 #include "platform/linux/services/workspace/DetachedProcess.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,18 +37,31 @@ namespace {
     ::_exit(127);
 }
 
+bool isProgram(const std::string& path) {
+    struct stat status {};
+    return ::access(path.c_str(), X_OK) == 0 && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// The errno that kept the program from starting; 0 when the pipe was closed by its start.
+int reportedCode(int report) {
+    int code = 0;
+    while (::read(report, &code, sizeof code) < 0 && errno == EINTR) {
+    }
+    return code;
+}
+
 }  // namespace
 
 std::optional<std::string> findProgram(const std::string& name) {
     if (name.find('/') != std::string::npos) {
-        return ::access(name.c_str(), X_OK) == 0 ? std::optional(name) : std::nullopt;
+        return isProgram(name) ? std::optional(name) : std::nullopt;
     }
     const char* variable = std::getenv("PATH");
     std::string_view folders = variable != nullptr ? variable : "/usr/local/bin:/usr/bin:/bin";
     while (!folders.empty() && !name.empty()) {
         const auto end = std::min(folders.find(':'), folders.size());
         const std::string path = joinPath(std::string(folders.substr(0, end)), name);
-        if (path.starts_with('/') && ::access(path.c_str(), X_OK) == 0) {
+        if (path.starts_with('/') && isProgram(path)) {
             return path;
         }
         folders.remove_prefix(std::min(end + 1, folders.size()));
@@ -86,8 +100,7 @@ bool startDetached(const std::vector<std::string>& command) {
     int status = 0;
     while (child > 0 && ::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    int code = 0;
-    return child > 0 && status == 0 && ::read(readEnd.get(), &code, sizeof code) == 0;
+    return child > 0 && status == 0 && reportedCode(readEnd.get()) == 0;
 }
 
 }  // namespace platform::linux_host
