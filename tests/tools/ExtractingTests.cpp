@@ -1,5 +1,6 @@
 // Unpacking, sound archives and hostile ones.
 #include <sys/sysmacros.h>
+#include <sys/xattr.h>
 
 #include "platform/linux/tools/archive/ToolFailure.h"
 #include "platform/linux/tools/archive/TreeExtractor.h"
@@ -85,6 +86,20 @@ TEST_F(Extracting, GivesUsualPermissionsToWhatHasNone) {
     EXPECT_EQ(modeOf("out/none"), 0640U);
     EXPECT_EQ(modeOf("out/x"), 0750U);
     EXPECT_EQ(modeOf("out"), 0750U);
+}
+
+TEST_F(Extracting, KeepsPermissionsWhereTheFolderHandsDownOthers) {
+    std::string list("\2\0\0\0", 4);  // all for the owner, reading for the group, nothing for others
+    for (const auto& [tag, permissions] : {std::pair{0x01, 7}, std::pair{0x04, 4}, std::pair{0x20, 0}}) {
+        ZipMaker::put(list, static_cast<std::uint64_t>(tag), 2);
+        ZipMaker::put(list, static_cast<std::uint64_t>(permissions), 2);
+        ZipMaker::put(list, 0xffffffffU, 4);
+    }
+    if (::setxattr(place.path().c_str(), "system.posix_acl_default", list.data(), list.size(), 0) != 0) {
+        GTEST_SKIP() << "no access lists here";
+    }
+    ASSERT_EQ(extract(ZipMaker().add({.name = "f/program", .mode = S_IFREG | 0755})), "");
+    EXPECT_EQ(modeOf("out/f/program"), 0755U);
 }
 
 TEST_F(Extracting, FillsAFolderThatMayNotBeWritten) {
@@ -212,6 +227,35 @@ TEST_F(Extracting, DoesNotReplaceAFolderByAFile) {
     write("out/f/file", "old");
     EXPECT_THAT(extract(ZipMaker().file("f")), HasSubstr("cannot replace “f”"));
     EXPECT_THAT(tree("out"), ElementsAre("f", "f/file"));
+}
+
+TEST_F(Extracting, LeavesAFolderThatIsThereAsItWasWhenOneOfTheItemsCannotTakeItsPlace) {
+    write("out/a", "old");
+    write("out/f/z/file", "old");
+    EXPECT_THAT(extract(ZipMaker().file("a", "new").file("b").file("f/a").file("f/z")),
+                HasSubstr("cannot replace “f/z”"));
+    EXPECT_THAT(tree("out"), ElementsAre("a", "f", "f/z", "f/z/file"));
+    EXPECT_EQ(read("out/a"), "old");
+}
+
+TEST_F(Extracting, LeavesAFolderThatIsThereAsItWasWhenOneInItMayNotBeWritten) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "the superuser may write to every folder";
+    }
+    write("out/a", "old");
+    ::chmod(makeFolder("out/closed").c_str(), 0500);
+    EXPECT_THAT(extract(ZipMaker().file("a", "new").file("closed/file")), HasSubstr("cannot unpack into “closed”"));
+    ::chmod((place / "out/closed").c_str(), 0700);
+    EXPECT_THAT(tree("out"), ElementsAre("a", "closed"));
+    EXPECT_EQ(read("out/a"), "old");
+}
+
+TEST_F(Extracting, MergesIntoAFolderThatMayNotBeWrittenWhatLiesDeeper) {
+    makeFolder("out/closed/open");
+    ::chmod((place / "out/closed").c_str(), 0500);
+    ASSERT_EQ(extract(ZipMaker().file("closed/open/file")), "");
+    ::chmod((place / "out/closed").c_str(), 0700);
+    EXPECT_EQ(read("out/closed/open/file"), "contents");
 }
 
 TEST_F(Extracting, ClosesUpFoldersAfterMergingThem) {
@@ -369,6 +413,12 @@ TEST_F(Extracting, RefusesMoreEntriesThanThereMayBe) {
         bytes[i] = '\xff';
     }
     EXPECT_THAT(extract(bytes), HasSubstr("more entries than an archive may have"));
+}
+
+TEST_F(Extracting, RefusesMoreItemsThanThereMayBeWithFoldersThatHaveNoEntry) {
+    const ExtractionLimits limits{.items = 5};
+    expectRefused(ZipMaker().file("a/b/c/d").file("a/b/e/f"), "more than 5 items", limits);
+    EXPECT_EQ(extract(ZipMaker().folder("a/b/").folder("a/").file("a/b/c/d").file("a/b/e"), limits), "");
 }
 
 // Damaged archives.

@@ -21,8 +21,8 @@ std::string plainPath(const std::string& name, std::size_t nesting) {
     if (name.starts_with('/')) {
         refuse(name, "has an absolute path");
     }
-    if (name.find('\0') != std::string::npos) {
-        refuse(name.c_str(), "has a path with a NUL in it");
+    if (const auto nul = name.find('\0'); nul != std::string::npos) {
+        refuse(name.substr(0, nul), "has a path with a NUL in it");
     }
     std::string path;
     std::size_t depth = 0;
@@ -82,8 +82,32 @@ bool liesIn(const std::string& path, const std::string& folder) {
     return path.size() > folder.size() && path[folder.size()] == '/' && path.starts_with(folder);
 }
 
-void checkCollisions(std::vector<PlannedItem> items) {
-    std::sort(items.begin(), items.end(), comesBefore);
+// How many components of the path are not those that the path before begins with, too.
+std::uint64_t newComponents(const std::string& before, const std::string& path) {
+    if (path.empty() || path == before) {
+        return 0;
+    }
+    const auto rest = liesIn(path, before)
+                          ? path.begin() + static_cast<std::ptrdiff_t>(before.size() + 1)
+                          : std::mismatch(path.begin(), path.end(), before.begin(), before.end()).first;
+    return 1 + static_cast<std::uint64_t>(std::count(rest, path.end(), '/'));
+}
+
+// A few long paths stand for many folders.
+void checkNumber(const std::vector<PlannedItem>& sorted, const ExtractionLimits& limits) {
+    std::uint64_t number = 0;
+    const std::string nothing;
+    const std::string* before = &nothing;
+    for (const auto& item : sorted) {
+        number += newComponents(*before, item.path);
+        before = &item.path;
+    }
+    if (number > limits.items) {
+        throw ToolFailure("refused, as it holds more than " + std::to_string(limits.items) + " items");
+    }
+}
+
+void checkCollisions(const std::vector<PlannedItem>& items) {
     for (std::size_t i = 1; i < items.size(); ++i) {
         const PlannedItem& before = items[i - 1];
         const PlannedItem& item = items[i];
@@ -129,7 +153,10 @@ std::vector<PlannedItem> planExtraction(const std::vector<ZipEntry>& entries, st
         checkRatio(total, archiveBytes, limits);
         items.push_back(std::move(item));
     }
-    checkCollisions(items);
+    std::vector<PlannedItem> sorted = items;
+    std::sort(sorted.begin(), sorted.end(), comesBefore);
+    checkCollisions(sorted);
+    checkNumber(sorted, limits);
     return items;
 }
 

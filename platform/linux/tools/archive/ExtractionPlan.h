@@ -22,6 +22,7 @@ struct ExtractionLimits {
     std::uint64_t ratio = 1000;                                // unpacked bytes for each byte of the archive ...
     std::uint64_t unsuspectedBytes = std::uint64_t{1} << 30U;  // ... once there are more of them than this
     std::size_t nesting = 1000;                                // components of a path
+    std::uint64_t items = 1'000'000;                           // with the folders that have no entry of their own
 };
 
 // The items in the order of the entries; those below "__MACOSX/", which hold the attributes of another system, are left
@@ -32,7 +33,7 @@ struct ExtractionLimits {
 //   differ in letter case alone are different ones here; where the file system knows no difference, making the second
 //   one fails.
 // - an encrypted entry, one that is packed by an unknown method, a device, a pipe or a socket
-// - more unpacked bytes than the ratio allows
+// - more unpacked bytes than the ratio allows, or more items
 std::vector<PlannedItem> planExtraction(const std::vector<ZipEntry>& entries, std::uint64_t archiveBytes,
                                         const ExtractionLimits& limits = {});
 

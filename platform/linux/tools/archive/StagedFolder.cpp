@@ -47,12 +47,50 @@ posix::Descriptor openInside(int folder, const std::string& name) {
     return opened;
 }
 
-void mergeInto(int from, int to) {
+std::vector<DirectoryEntry> entriesOf(int folder) {
     std::vector<DirectoryEntry> entries;
-    if (const int code = listFolder(from, entries); code != 0) {
+    const bool atStart = ::lseek(folder, 0, SEEK_SET) == 0;  // it may have been listed before
+    if (const int code = atStart ? listFolder(folder, entries) : errno; code != 0) {
         failWithErrno("cannot list", "the unpacked items", code);
     }
-    for (const auto& entry : entries) {
+    return entries;
+}
+
+// An errno where items cannot be moved from one folder to the other.
+int obstacleBetween(int from, int to) {
+    struct stat source {};
+    struct stat destination {};
+    if (::fstat(from, &source) != 0 || ::fstat(to, &destination) != 0) {
+        return errno;
+    }
+    if (source.st_dev != destination.st_dev) {
+        return EXDEV;
+    }
+    return ::faccessat(to, ".", W_OK | X_OK, AT_EACCESS) == 0 ? 0 : errno;
+}
+
+// Looks for what would stop mergeInto, which cannot be undone half-way.
+void checkMerge(int from, int to, const std::string& path) {
+    bool bringsItems = false;
+    for (const auto& entry : entriesOf(from)) {
+        const std::string inner = path.empty() ? entry.name : joinPath(path, entry.name);
+        const bool bringsFolder = isFolder(from, entry.name);
+        const bool meetsFolder = isFolder(to, entry.name);
+        if (bringsFolder && meetsFolder) {
+            checkMerge(openInside(from, entry.name).get(), openInside(to, entry.name).get(), inner);
+        } else if (meetsFolder) {
+            failWithErrno("cannot replace", inner, EISDIR);
+        } else {
+            bringsItems = true;
+        }
+    }
+    if (const int code = bringsItems ? obstacleBetween(from, to) : 0; code != 0) {
+        failWithErrno("cannot unpack into", path, code);
+    }
+}
+
+void mergeInto(int from, int to) {
+    for (const auto& entry : entriesOf(from)) {
         const std::string& name = entry.name;
         const bool bringsFolder = isFolder(from, name);
         if (bringsFolder && isFolder(to, name)) {
@@ -113,6 +151,7 @@ posix::Descriptor StagedFolder::takePlace() {
     if (!destination) {
         failWithErrno("cannot open", m_destination, errno);
     }
+    checkMerge(m_folder.get(), destination.get(), {});
     mergeInto(m_folder.get(), destination.get());
     return destination;
 }

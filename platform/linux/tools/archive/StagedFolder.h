@@ -23,7 +23,9 @@ public:
     bool isForNew() const { return m_isNew; }
 
     // Gives a new destination its name in one step. Into a destination that was there the items are moved one after
-    // another: folders are merged, other items replace what has their name. Gives the destination. Throws ToolFailure.
+    // another: folders are merged, other items replace what has their name. What stands in the way there, such as a
+    // folder where an item would go, is looked for before the first one is moved. Gives the destination. Throws
+    // ToolFailure.
     posix::Descriptor takePlace();
 
 private:
