@@ -114,6 +114,13 @@ TEST_F(Ditto, SaysWhatIsWrongWithAnArchive) {
 
 // Other archivers.
 
+TEST_F(Ditto, ShowsNamesFromAnArchiveWithoutObeyingThem) {
+    write("a.zip", ZipMaker().file("../\x1b]0;owned\x07").bytes());
+    const auto outcome = tool("ditto", {"-xk", "a.zip", "out"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("“../\\x1b]0;owned\\x07”"));
+}
+
 TEST_F(Ditto, WritesWhatUnzipReads) {
     if (!hasProgram("unzip")) {
         GTEST_SKIP() << "there is no unzip";

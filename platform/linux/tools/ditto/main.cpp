@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/linux/tools/archive/Interruption.h"
+#include "platform/linux/tools/archive/PrintableText.h"
 #include "platform/linux/tools/archive/TreeArchiver.h"
 #include "platform/linux/tools/archive/TreeExtractor.h"
 
@@ -17,7 +18,9 @@ namespace {
 
 using platform::linux_host::KeepParent;
 
-void tell(const std::string& line) { std::fprintf(stderr, "ditto: %s\n", line.c_str()); }
+void tell(const std::string& line) {
+    std::fprintf(stderr, "ditto: %s\n", platform::linux_host::printableText(line).c_str());
+}
 
 // Every folder on the way to an item is held open.
 void allowManyOpenFiles() {
