@@ -158,6 +158,21 @@ TEST_F(Archiving, LeavesTheArchiveItselfOut) {
     EXPECT_THAT(tree("out"), ElementsAre("b"));
 }
 
+TEST_F(Archiving, LeavesOutTheArchiveThatItReplacesAndNoOtherOfThatName) {
+    write("f/a.zip", "the last one");
+    write("f/g/a.zip", "another");
+    archive("f", KeepParent::no, "f/../f/a.zip");
+    extractArchive(place / "f/a.zip", place / "out");
+    EXPECT_THAT(tree("out"), ElementsAre("g", "g/a.zip"));
+}
+
+TEST_F(Archiving, RefusesToReplaceItsSource) {
+    write("a.zip", "precious");
+    EXPECT_THROW(archive("a.zip"), ToolFailure);
+    EXPECT_EQ(read("a.zip"), "precious");
+    EXPECT_THAT(tree(), ElementsAre("a.zip"));
+}
+
 TEST_F(Archiving, LeavesOutPipesAndSocketsAndSaysSo) {
     write("f/a");
     ASSERT_EQ(::mkfifo((place / "f/pipe").c_str(), 0600), 0);

@@ -33,6 +33,29 @@ namespace {
 // Files up to this size are packed in memory, several at a time; larger ones one after another, a piece at a time.
 constexpr std::uint64_t smallFile = std::uint64_t{4} << 20U;
 
+// Where something stands, whatever path leads there.
+class Spot {
+public:
+    explicit Spot(const std::string& path) : m_name(splitPath(path).name) {
+        m_known = ::stat(splitPath(path).folder.c_str(), &m_folder) == 0;
+    }
+    bool is(int folder, const std::string& name) const {
+        struct stat status {};
+        return m_known && name == m_name && ::fstat(folder, &status) == 0 && isSame(status, m_folder);
+    }
+    friend bool operator==(const Spot& left, const Spot& right) {
+        return left.m_known && right.m_known && left.m_name == right.m_name && isSame(left.m_folder, right.m_folder);
+    }
+
+private:
+    static bool isSame(const struct stat& left, const struct stat& right) {
+        return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+    }
+    std::string m_name;
+    struct stat m_folder {};
+    bool m_known = false;
+};
+
 struct PackedItem {
     ArchivedItem item;
     PackedFile contents;
@@ -42,9 +65,10 @@ class TreeArchiver {
 public:
     using Tell = std::function<void(const std::string&)>;
 
-    TreeArchiver(int output, const Tell& tell)
+    TreeArchiver(int output, Spot spot, const Tell& tell)
         : m_tell(tell),
           m_writer(output),
+          m_spot(std::move(spot)),
           m_threads(std::clamp(std::thread::hardware_concurrency(), 1U, 16U)),
           m_line(m_threads) {
         struct stat status {};
@@ -110,7 +134,8 @@ private:
             m_tell("left out, as it is neither a file nor a folder nor a link: “" + path + "”");
             return;
         }
-        if (status.st_dev == m_outputDevice && status.st_ino == m_outputInode) {
+        const bool isOutput = status.st_dev == m_outputDevice && status.st_ino == m_outputInode;
+        if (isOutput || m_spot.is(folder, name)) {
             return;
         }
         // It may have become something else meanwhile: nothing is followed, and nothing is waited for.
@@ -194,6 +219,7 @@ private:
 
     const Tell& m_tell;
     ZipWriter m_writer;
+    Spot m_spot;  // of the archive, where an older one may stand still
     dev_t m_outputDevice = 0;
     ino_t m_outputInode = 0;
     unsigned m_threads;
@@ -218,8 +244,12 @@ void archiveTree(const std::string& source, const std::string& archive, KeepPare
     if (::stat(source.c_str(), &status) != 0) {
         failWithErrno("cannot read", source, errno);
     }
+    const Spot spot(archive);
+    if (!S_ISDIR(status.st_mode) && Spot(source) == spot) {
+        throw ToolFailure("“" + archive + "” would take the place of what it is to hold");
+    }
     StagedFile output(archive);
-    TreeArchiver archiver(output.file(), tell);
+    TreeArchiver archiver(output.file(), spot, tell);
     if (S_ISDIR(status.st_mode)) {
         const posix::Descriptor folder(::open(source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!folder) {
