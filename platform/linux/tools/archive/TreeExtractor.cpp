@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -32,6 +33,9 @@ mode_t currentMask() {
     ::umask(mask);
     return mask;
 }
+
+// Whether the permissions of what is made in the folder depend on more than the mask.
+bool handsDownAccessList(int folder) { return ::fgetxattr(folder, "system.posix_acl_default", nullptr, 0) > 0; }
 
 struct Place {
     std::string_view folder;
@@ -83,7 +87,11 @@ private:
 class TreeExtractor {
 public:
     TreeExtractor(int archive, int root, const std::vector<ZipEntry>& entries)
-        : m_archive(archive), m_entries(entries), m_folders(root), m_mask(currentMask()) {}
+        : m_archive(archive),
+          m_entries(entries),
+          m_folders(root),
+          m_mask(currentMask()),
+          m_inheritance(handsDownAccessList(root)) {}
 
     void unpack(const std::vector<PlannedItem>& items) {
         make(items, ItemKind::folder);
@@ -122,15 +130,18 @@ private:
         const ZipEntry& entry = m_entries[item.entry];
         const Place place = placeOf(item.path);
         constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-        posix::Descriptor file(::openat(m_folders.open(place.folder), place.name.c_str(), flags, 0600));
+        const mode_t mode = entry.mode ? *entry.mode & permissionBits : 0666 & ~m_mask;
+        posix::Descriptor file(::openat(m_folders.open(place.folder), place.name.c_str(), flags, mode));
         if (!file) {
             failWithErrno("cannot make", item.path, errno);
         }
         SparseWriter writer(file.get());
         readZipContents(m_archive, entry, [&](std::string_view bytes) { writer.put(bytes); });
         writer.finish(entry.size);
-        // Not every file system holds these.
-        (void)::fchmod(file.get(), entry.mode ? *entry.mode & permissionBits : 0666 & ~m_mask);
+        // Not every file system holds permissions and dates.
+        if (m_inheritance || (mode & m_mask) != 0) {
+            (void)::fchmod(file.get(), mode);
+        }
         (void)::futimens(file.get(), timesOf(entry).data());
         if (::close(file.release()) != 0) {
             failWithErrno("cannot write", item.path, errno);
@@ -155,6 +166,7 @@ private:
     const std::vector<ZipEntry>& m_entries;
     OpenFolders m_folders;
     mode_t m_mask;
+    bool m_inheritance;
 };
 
 // Folders get their permissions and dates when all stands where it belongs, the innermost first: making or moving

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "platform/linux/tools/archive/FileBytes.h"
 #include "platform/linux/tools/archive/Interruption.h"
@@ -19,14 +20,15 @@ constexpr std::size_t bufferSize = std::size_t{256} * 1024;
 
 [[noreturn]] void failDamaged() { throw ToolFailure("damaged"); }
 
-Bytef* zlibBytes(char* bytes) { return reinterpret_cast<Bytef*>(bytes); }
+const Bytef* zlibBytes(const char* bytes) { return reinterpret_cast<const Bytef*>(bytes); }
 
-// The packed bytes of an entry, one buffer after another.
+// The packed bytes of an entry, one buffer after another. The entry's own header is read along with the first of them.
 class PackedBytes {
 public:
     PackedBytes(int file, const ZipEntry& entry) : m_file(file), m_left(entry.packedSize), m_entry(entry) {
-        const std::string header = readAt(file, entry.header, zip::localSize + entry.headerName.size());
-        zip::Fields fields(header);
+        m_offset = entry.header;
+        std::string_view bytes = fill(entry.room);
+        zip::Fields fields(bytes);
         const bool isHeader = fields.u32() == zip::localSignature;
         fields.skip(2);
         const bool isEncrypted = (fields.u16() & zip::encryptedFlag) != 0;
@@ -34,34 +36,46 @@ public:
         fields.skip(16);
         const std::uint16_t nameLength = fields.u16();
         const std::uint16_t extraLength = fields.u16();
-        const std::uint64_t fixed = zip::localSize + entry.headerName.size() + extraLength;
-        if (!isHeader || isEncrypted || method != entry.method || nameLength != entry.headerName.size() ||
-            fields.take(nameLength) != entry.headerName || !fields.sound() || fixed > entry.room ||
-            entry.packedSize > entry.room - fixed) {
+        const std::string_view name = fields.take(nameLength);
+        fields.skip(extraLength);
+        const std::uint64_t size = bytes.size() - fields.left();
+        if (!isHeader || isEncrypted || method != entry.method || name != entry.headerName || !fields.sound() ||
+            entry.packedSize > entry.room - size) {
             failDamaged();
         }
-        m_offset = entry.header + fixed;
+        bytes.remove_prefix(static_cast<std::size_t>(size));
+        m_ready = bytes.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(m_left, bytes.size())));
     }
 
-    // Empty at the end.
-    std::string_view next(std::string& buffer) {
+    // Valid until the next call; empty at the end.
+    std::string_view next() {
         checkInterruption();
-        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(m_left, buffer.size()));
-        if (readAt(m_file, m_offset, buffer.data(), wanted) != wanted) {
-            failDamaged();
+        std::string_view bytes = std::exchange(m_ready, {});
+        if (bytes.empty() && m_left > 0) {
+            bytes = fill(m_left);
         }
-        m_offset += wanted;
-        m_left -= wanted;
-        return {buffer.data(), wanted};
+        m_left -= bytes.size();
+        return bytes;
     }
     std::uint64_t left() const { return m_left; }
     const ZipEntry& entry() const { return m_entry; }
 
 private:
+    std::string_view fill(std::uint64_t most) {
+        thread_local std::string buffer(bufferSize, '\0');
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(most, buffer.size()));
+        if (readAt(m_file, m_offset, buffer.data(), wanted) != wanted) {
+            failDamaged();
+        }
+        m_offset += wanted;
+        return {buffer.data(), wanted};
+    }
+
     int m_file;
     std::uint64_t m_offset = 0;
     std::uint64_t m_left;
     const ZipEntry& m_entry;
+    std::string_view m_ready;
 };
 
 // Counts and sums up what is handed on.
@@ -75,7 +89,7 @@ public:
             failDamaged();
         }
         m_count += bytes.size();
-        m_crc = ::crc32_z(m_crc, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size());
+        m_crc = ::crc32_z(m_crc, zlibBytes(bytes.data()), bytes.size());
         m_sink(bytes);
     }
     void finish() const {
@@ -108,11 +122,11 @@ public:
         m_stream.avail_in = 0;
         for (int state = Z_OK; state != Z_STREAM_END;) {
             if (m_stream.avail_in == 0) {
-                const std::string_view piece = packed.next(m_input);
-                m_stream.next_in = zlibBytes(m_input.data());
+                const std::string_view piece = packed.next();
+                m_stream.next_in = const_cast<Bytef*>(zlibBytes(piece.data()));  // NOLINT: zlib only reads from it
                 m_stream.avail_in = static_cast<uInt>(piece.size());
             }
-            m_stream.next_out = zlibBytes(m_output.data());
+            m_stream.next_out = reinterpret_cast<Bytef*>(m_output.data());
             m_stream.avail_out = static_cast<uInt>(m_output.size());
             const bool hadInput = m_stream.avail_in != 0;
             state = ::inflate(&m_stream, Z_NO_FLUSH);
@@ -130,17 +144,15 @@ public:
 
 private:
     z_stream m_stream{};
-    std::string m_input = std::string(bufferSize, '\0');
     std::string m_output = std::string(bufferSize, '\0');
 };
 
 void copyStored(PackedBytes& packed, CheckedSink& sink) {
-    thread_local std::string buffer(bufferSize, '\0');
     if (packed.entry().packedSize != packed.entry().size) {
         failDamaged();
     }
     while (packed.left() > 0) {
-        sink.put(packed.next(buffer));
+        sink.put(packed.next());
     }
 }
 

@@ -122,7 +122,9 @@ void readNameExtra(zip::Fields fields, ZipEntry& entry) {
     }
 }
 
-void readExtras(zip::Fields extras, ZipEntry& entry) {
+// Also the date, where it stands in seconds.
+std::optional<std::time_t> readExtras(zip::Fields extras, ZipEntry& entry) {
+    std::optional<std::time_t> modified;
     const bool needsWide =
         entry.size == zip::narrow32 || entry.packedSize == zip::narrow32 || entry.header == zip::narrow32;
     bool hasWide = false;
@@ -131,7 +133,7 @@ void readExtras(zip::Fields extras, ZipEntry& entry) {
         const std::uint16_t length = extras.u16();
         zip::Fields extra(extras.take(length));
         if (!extras.sound()) {
-            return;  // archivers pad with bytes of no meaning
+            break;  // archivers pad with bytes of no meaning
         }
         if (kind == zip::wideExtra && !hasWide) {
             hasWide = true;
@@ -143,7 +145,7 @@ void readExtras(zip::Fields extras, ZipEntry& entry) {
             }
         } else if (kind == zip::timeExtra && (extra.u8() & 1U) != 0) {
             const auto seconds = static_cast<std::int32_t>(extra.u32());
-            entry.modified = extra.sound() ? seconds : entry.modified;
+            modified = extra.sound() ? std::optional<std::time_t>(seconds) : modified;
         } else if (kind == zip::nameExtra) {
             readNameExtra(extra, entry);
         }
@@ -151,6 +153,7 @@ void readExtras(zip::Fields extras, ZipEntry& entry) {
     if (needsWide && !hasWide) {
         failDamaged();
     }
+    return modified;
 }
 
 // Local time in steps of two seconds, from 1980 on.
@@ -197,8 +200,8 @@ ZipEntry readEntry(zip::Fields& fields) {
     if ((host == zip::unixHost || host == zip::darwinHost) && (attributes >> 16) != 0) {
         entry.mode = attributes >> 16;
     }
-    entry.modified = timeOf(date, time);
-    readExtras(zip::Fields(extras), entry);
+    const auto modified = readExtras(zip::Fields(extras), entry);
+    entry.modified = modified ? *modified : timeOf(date, time);
     return entry;
 }
 
