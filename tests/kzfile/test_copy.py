@@ -181,6 +181,11 @@ class ProgressBar(support.KzfileCase):
         self.assertRegex(lines[-2], r"\[#+\] 100%  100\.00 MB, .*/s, verified\Z")
         self.assertEqual(lines[-1], "\n")
 
+    def test_it_counts_the_bytes_that_a_link_leads_to(self):
+        self.file("a", b"x" * 2048)
+        (self.work / "link").symlink_to("a")
+        self.assertIn("2.00 KB", self.run_on_terminal("copy", "link", "b")[1])
+
     def test_it_never_wraps_a_line(self):
         support.make_large_file(self.work / ("n" * 120), 30)
         for columns in (20, 60, 80, 200):

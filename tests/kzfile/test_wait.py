@@ -1,4 +1,6 @@
 """kzfile wait, with files that come and are let go of while it waits."""
+import os
+import shutil
 import signal
 import subprocess
 import threading
@@ -56,6 +58,15 @@ class Wait(support.KzfileCase):
         self.addCleanup(timer.join)
         self.output("wait", "--free", "--timeout", "30", "a")
         self.assertTrue(file.closed)
+
+    def test_an_installation_without_the_tool_that_looks_says_so(self):
+        self.file("a")
+        alone = shutil.copy(support.KZFILE, self.folder / "kzfile")
+        run = subprocess.run([alone, "wait", "--free", "a"], cwd=self.work, env=self.environment, check=False,
+                             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        if os.path.exists("/usr/sbin/lsof"):
+            self.skipTest("this machine has an lsof where the library looks")
+        self.assert_fails(run, 1, "lsof")
 
     def test_ctrl_c_ends_the_wait(self):
         process = subprocess.Popen([support.KZFILE, "wait", "a"], cwd=self.work, env=self.environment)

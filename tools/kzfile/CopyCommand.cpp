@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 #include "lib/KZFileManager.h"
@@ -117,7 +119,9 @@ void printReasons(const Outcome& outcome, const std::string& source) {
 
 Outcome copy(const std::string& source, const std::vector<std::string>& destinations, FileCopyVerification verification,
              ProgressBar::Wanted barWanted) {
-    const std::uint64_t size = KZFileManager::fileSize(source);
+    std::error_code error;
+    const std::uintmax_t found = std::filesystem::file_size(source, error);
+    const std::uint64_t size = error ? 0 : found;
     const auto bar = std::make_shared<ProgressBar>(kz::lastPathComponent(source), size, barWanted);
     const bool verifies = verification != FileCopyVerification::none;
     Outcome outcome;

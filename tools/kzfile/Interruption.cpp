@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -57,7 +58,11 @@ void watchForInterruptions() {
         }
     }
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::thread(waitForSignals, signals).detach();
+    try {
+        std::thread(waitForSignals, signals).detach();
+    } catch (const std::system_error&) {
+        ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);  // without a thread they end the program as ever
+    }
 }
 
 TidyWork::TidyWork(std::function<void()> onInterruption) {

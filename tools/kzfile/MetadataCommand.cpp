@@ -177,6 +177,7 @@ int run(const Arguments& arguments) {
             continue;
         }
         for (const auto& [what, make] : changes) {
+            reports().clear();
             if (!make(path)) {
                 printError(name + ": " + what + " could not be set");
                 all = false;

@@ -38,7 +38,8 @@ const Command sizeCommand{
     .arguments = "NAME...",
     .help =
         "Prints the bytes of a file, or of all that lies in a folder. Links to folders are\n"
-        "followed, and what is reached twice counts twice; what cannot be read counts nothing.\n",
+        "followed, and what is reached twice counts twice; a link to a file counts its own few\n"
+        "bytes, and what cannot be read nothing.\n",
     .options = options,
     .fewest = 1,
     .most = Command::anyNumber,

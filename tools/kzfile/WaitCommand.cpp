@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "lib/KZFileManager.h"
+#include "platform/ports/Host.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Paths.h"
 #include "tools/kzfile/Streams.h"
@@ -40,6 +41,11 @@ std::optional<Seconds> timeoutFrom(const Arguments& arguments) {
 int run(const Arguments& arguments) {
     const auto timeout = timeoutFrom(arguments);
     const bool untilFree = arguments.has("free");
+    const std::string tool = platform::host().processes->locateTool("/usr/sbin/lsof");
+    if (untilFree && !platform::host().files->isExecutable(tool)) {
+        printError(tool + ": the tool that knows who has a file open is not there");
+        return failed;
+    }
     const auto start = Clock::now();
     for (const std::string& name : arguments.operands()) {
         const std::string path = absolutePath(name);
