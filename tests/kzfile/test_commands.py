@@ -128,6 +128,20 @@ class CommandLine(support.KzfileCase):
         self.assertNotIn("\x1b", self.output("--help") + self.output("metadata", "a"))
         self.assertNotIn(b"\x1b", self.run_kzfile("hash", "missing").stderr)
 
+    def test_a_terminal_gets_what_a_pipe_gets(self):
+        self.file("folder/a.txt")
+        self.output("compress", "folder", "folder.zip")
+        for words in (["hash", "folder/a.txt"], ["expand", "fol*/*.txt"], ["unique", "folder"], ["size", "folder"],
+                      ["wait", "-t", "1", "folder"], ["wait", "--free", "folder/a.txt"],
+                      ["metadata", "-m", "@5", "folder"]):
+            self.assertEqual(self.run_on_terminal(*words), (0, self.output(*words).replace("\n", "\r\n")))
+
+    def test_archives_are_made_without_a_word_on_a_terminal(self):
+        self.file("folder/a")
+        self.assertEqual(self.run_on_terminal("compress", "folder", "a.zip"), (0, ""))
+        self.assertEqual(self.run_on_terminal("decompress", "a.zip", "again"), (0, ""))
+        self.assertEqual(self.names_in(self.work / "again" / "folder"), ["a"])
+
     def test_errors_are_coloured_on_a_terminal(self):
         code, shown = self.run_on_terminal("hash", "missing")
         self.assertEqual(code, 1)
