@@ -6,13 +6,15 @@ find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
 find_package(EXPAT 2.4 REQUIRED)
 
 # One archive of the rooms that need no window. Who links it gets what its programs need, and no option of this build.
-set(rooms wickfield_lib wickfield_base wickfield_ports wickfield_posix wickfield_linux)
+set(rooms wickfield_lib wickfield_base wickfield_ports wickfield_posix wickfield_linux wickfield_rights
+    wickfield_rights_wire)
 list(TRANSFORM rooms REPLACE "(.+)" "$<TARGET_OBJECTS:\\1>" OUTPUT_VARIABLE objects)
 add_library(wickfield STATIC ${objects})
 set_target_properties(wickfield PROPERTIES LINKER_LANGUAGE CXX)
 target_compile_features(wickfield INTERFACE cxx_std_20)
 target_include_directories(wickfield INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/wickfield>)
-target_link_libraries(wickfield PUBLIC Threads::Threads PRIVATE OpenSSL::Crypto EXPAT::EXPAT systemd)
+target_link_libraries(wickfield PUBLIC Threads::Threads PRIVATE OpenSSL::Crypto EXPAT::EXPAT systemd
+                      ${CMAKE_DL_LIBS})
 
 # The headers that a program includes, and no others: internal ones may change with every version.
 file(GLOB headers RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS lib/*.h platform/ports/*.h)
@@ -20,7 +22,8 @@ list(REMOVE_ITEM headers lib/KZLogFiles.h)
 foreach(topic BulkMutations Copying DigestContext FileDigest FileReference Hashing Metadata Mutations Names Queries Waiting)
     list(APPEND headers lib/KZFileManager/${topic}.h)
 endforeach()
-list(APPEND headers lib/base/Format.h lib/base/FormatText.h lib/base/PathText.h platform/linux/services/LinuxHost.h)
+list(APPEND headers lib/base/Format.h lib/base/FormatText.h lib/base/PathText.h platform/linux/services/LinuxHost.h
+     platform/linux/rights/AuthorizationService.h platform/linux/rights/PasswordPrompt.h platform/linux/rights/Secret.h)
 foreach(header IN LISTS headers)
     get_filename_component(folder ${header} DIRECTORY)
     install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/wickfield/${folder})

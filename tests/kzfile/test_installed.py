@@ -93,6 +93,45 @@ target_link_libraries(archive PRIVATE Wickfield::wickfield)
         self.run_tool(self.work / "build" / "archive", self.file("a"), self.work / "a.zip")
         self.assertEqual((self.work / "a.zip").read_bytes()[:2], b"PK")
 
+    def test_a_program_can_ask_for_rights_without_a_window(self):
+        self.file("rights.cpp", b"""#include <cstdio>
+
+#include "lib/KZAuthorization.h"
+#include "platform/linux/rights/AuthorizationService.h"
+#include "platform/linux/services/LinuxHost.h"
+
+struct Prompt : platform::rights::PasswordPrompt {
+    void ask(platform::rights::PasswordRequest, Answered answered) override {
+        std::puts("asked");
+        answered(std::nullopt);
+    }
+    void close() override {}
+};
+
+int main(int, char** arguments) {
+    platform::Host host = platform::linux_host::services();
+    Prompt prompt;
+    const auto service = platform::rights::makeAuthorization(*host.mainThread, &prompt);
+    host.authorization = service.get();
+    platform::setHost(host);
+    std::puts(KZAuthorization::sharedController()->authExecTask("/usr/bin/touch", {arguments[1]}, Async::no) == 0
+                  ? "done" : "refused");
+    return 0;
+}
+""")
+        self.file("CMakeLists.txt", b"""cmake_minimum_required(VERSION 3.25)
+project(Rights LANGUAGES CXX)
+find_package(Wickfield 1.0 REQUIRED)
+add_executable(rights rights.cpp)
+target_link_libraries(rights PRIVATE Wickfield::wickfield)
+""")
+        self.configure_and_build()
+        said = self.run_tool(self.work / "build" / "rights", self.work / "touched")
+        self.assertNotIn("libQt", self.run_tool("ldd", self.work / "build" / "rights"))
+        self.assertEqual((self.work / "touched").exists(), said.endswith("done\n"))
+        if support.is_root():
+            self.assertEqual(said, "done\n")
+
     def test_a_version_that_is_not_this_one_is_not_found(self):
         self.file("CMakeLists.txt", b"""cmake_minimum_required(VERSION 3.25)
 project(Other LANGUAGES NONE)
