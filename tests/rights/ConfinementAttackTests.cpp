@@ -5,6 +5,7 @@
 #include <atomic>
 #include <filesystem>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
@@ -287,6 +288,49 @@ TEST_F(AttackedFileCommands, ReadNothingElseWhenSomethingInTheSourceIsExchanged)
         std::filesystem::remove_all(at("target/copy"));
     }
     EXPECT_GT(copied, 0);
+}
+
+// What a move takes away from is not read-only to the tool: the owner of the folder that it goes to must not lead it
+// back.
+TEST_F(AttackedFileCommands, LeaveWhatLiesBesideTheSourceAloneWhenAMoveGoesToAnotherFileSystem) {
+    const fakes::TemporaryFolder elsewhere("/dev/shm");
+    if (statOf(elsewhere.path()).st_dev == statOf(top()).st_dev) {
+        GTEST_SKIP() << "there is no second file system";
+    }
+    ASSERT_EQ(::chmod(elsewhere.path().c_str(), 0755), 0);
+    const std::string home = elsewhere / "home";
+    const std::string real = home + "/real";
+    for (const auto& folder : {home, real}) {
+        ASSERT_EQ(::mkdir(folder.c_str(), 0755), 0);
+        ASSERT_EQ(::chown(folder.c_str(), alice, alice), 0);
+    }
+    ASSERT_EQ(::symlink(top().c_str(), (home + "/evil").c_str()), 0);
+    std::mutex cleaning;
+    const Attack attack([&] {
+        const std::lock_guard lock(cleaning);
+        if (exists(real + "/victim")) {
+            ::renameat2(AT_FDCWD, real.c_str(), AT_FDCWD, (home + "/evil").c_str(), RENAME_EXCHANGE);
+            ::renameat2(AT_FDCWD, real.c_str(), AT_FDCWD, (home + "/evil").c_str(), RENAME_EXCHANGE);
+            ::rename((real + "/victim").c_str(), (real + "/gone").c_str());
+            ::symlink(at("victim").c_str(), (real + "/victim").c_str());
+        }
+    });
+    int moved = 0;
+    for (int i = 0; i < attempts; ++i) {
+        makeFolder("item", 0, 0777);
+        for (int file = 0; file < 20; ++file) {
+            makeFile("item/" + std::to_string(file));
+        }
+        run({"/bin/mv", "-f", at("item"), real + "/victim"});
+        const std::lock_guard lock(cleaning);
+        moved += exists(real + "/gone") ? 1 : 0;
+        for (const auto& left : {at("item"), real + "/victim", real + "/gone"}) {
+            std::error_code ignored;
+            std::filesystem::remove_all(left, ignored);
+        }
+    }
+    EXPECT_GT(moved, 0);
+    expectVictimUntouched("beside");
 }
 
 }  // namespace

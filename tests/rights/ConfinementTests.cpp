@@ -113,6 +113,30 @@ TEST_F(FileCommands, MoveToAnotherFileSystem) {
     EXPECT_EQ(statOf(elsewhere / "item/file").st_uid, bob);
 }
 
+TEST_F(FileCommands, MoveToAnotherFileSystemWhereAUsersLinkLeads) {
+    const fakes::TemporaryFolder elsewhere("/dev/shm");
+    if (statOf(elsewhere.path()).st_dev == statOf(top()).st_dev) {
+        GTEST_SKIP() << "there is no second file system";
+    }
+    const std::string home = elsewhere / "home";
+    for (const auto& folder : {home, home + "/files"}) {
+        ASSERT_EQ(::mkdir(folder.c_str(), 0755), 0);
+        ASSERT_EQ(::chown(folder.c_str(), alice, alice), 0);
+    }
+    ASSERT_EQ(::symlink("files", (home + "/.Trash").c_str()), 0);
+    ASSERT_EQ(::lchown((home + "/.Trash").c_str(), alice, alice), 0);
+    makeLink("home", home);
+    makeFolder("item");
+    makeFile("item/file", alice);
+    makeLink("item/link", "file", alice);
+    ASSERT_EQ(run({"/bin/mv", "-f", at("item"), at("home/.Trash/item")}), 0);
+    EXPECT_FALSE(exists(at("item")));
+    EXPECT_EQ(textOf(home + "/files/item/link"), "text");
+    EXPECT_EQ(statOf(home + "/files/item/file").st_uid, alice);
+    EXPECT_EQ(run({"/bin/mv", "-f", makeFile("single"), at("home/.Trash")}), 0);
+    EXPECT_TRUE(exists(home + "/files/single"));
+}
+
 TEST_F(FileCommands, MoveOverALinkWithoutFollowingIt) {
     makeFile("item", 0, "new");
     makeFile("target", 0, "old");

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "tests/rights/RootsFolder.h"
 
@@ -60,6 +61,19 @@ TEST_F(WalkingToAnItem, SaysThatAFolderOnTheWayIsMissing) {
 TEST_F(WalkingToAnItem, EndsInTheDeepestFolderThatExistsWhenTheRestIsToBeMade) {
     makeFolder("folder");
     EXPECT_EQ(endOf(at("folder/a/b/c/d"), Ends::atDeepest), at("folder"));
+}
+
+TEST_F(WalkingToAnItem, TellsWhereTheWayLeavesTheSuperusersOwnFolders) {
+    makeFolder("home", alice);
+    makeFolder("home/files", alice);
+    makeLink("home/Trash", "files", alice);
+    makeFolder("system");
+    makeLink("system/link", at("home"));
+    const auto found = walked(at("system/link/Trash/item"), Ends::atParent);
+    ASSERT_TRUE(found.foreign);
+    EXPECT_EQ(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(found.foreign.get())), at("home"));
+    EXPECT_EQ(found.beyondForeign, std::vector<std::string>{"Trash"});
+    EXPECT_FALSE(walked(at("system/item"), Ends::atParent).foreign);
 }
 
 TEST_F(WalkingToAnItem, SaysThatAFileOnTheWayIsNoFolder) {

@@ -105,10 +105,11 @@ std::string nameOf(std::string_view path) {
     return std::string(path.substr(path.rfind('/') + 1));
 }
 
+bool haveOneRuler(const PathWalk& one, const PathWalk& other) { return one.ruler && one.ruler == other.ruler; }
+
 // One folder that holds the other would leave whoever rules that one free to lead the tool about in the first.
 bool reachesInto(const PathWalk& outer, const PathWalk& inner) {
-    const bool sameRuler = outer.ruler && outer.ruler == inner.ruler;
-    return !inner.isRootsOwn && !sameRuler && isBelow(inner.folder, outer.folder) &&
+    return !inner.isRootsOwn && !haveOneRuler(outer, inner) && isBelow(inner.folder, outer.folder) &&
            !isBelow(outer.folder, inner.folder);
 }
 
@@ -175,17 +176,13 @@ public:
         }
         const bool isExposed = m_command.setsAttributes && (m_isMerge || !m_walks.back().isRootsOwn);
         made.onlyRenames = isExposed && isRename();
-        std::vector<int> changed;
+        if (isExposed && !made.onlyRenames && !(made.shield = shield())) {
+            return EACCES;
+        }
         for (std::size_t i = 0; i < m_walks.size(); ++i) {
             const Rights needs = m_command.operands[i].needs;
-            if (needs != 0) {
-                changed.push_back(m_walks[i].folder.get());
-            }
             const Rights allowed = needs == 0 || isMove() ? needs | reading : needs;
             made.add(std::move(m_walks[i].folder), allowed);
-        }
-        if (isExposed && !made.onlyRenames && !(made.shield = MountShield::around(changed))) {
-            return EACCES;
         }
         return made;
     }
@@ -197,6 +194,22 @@ private:
         if (m_command.setsAttributes) {
             made.shield = MountShield::around({});
         }
+    }
+
+    // Whoever rules where an item is moved to must not lead the tool back to the folder that it comes from, which is
+    // not read-only to it either.
+    std::optional<MountShield> shield() {
+        std::vector<int> changed;
+        for (std::size_t i = 0; i < m_walks.size(); ++i) {
+            if (m_command.operands[i].needs != 0) {
+                changed.push_back(m_walks[i].folder.get());
+            }
+        }
+        auto made = MountShield::around(changed);
+        PathWalk& end = m_walks.back();
+        const bool mayStray = isMove() && !haveOneRuler(m_walks.front(), end);
+        const bool isMade = made && (!mayStray || made->isolateLast(std::move(end.foreign), end.beyondForeign));
+        return isMade ? std::move(made) : std::nullopt;
     }
 
     // What a move replaces is the item that stands there, a link too, unless it leads to a folder. What is copied to a

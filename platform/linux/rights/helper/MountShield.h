@@ -16,6 +16,10 @@ public:
     // The folders that stay as they are, by descriptors that outlive this object. None when one has no path any more.
     static std::optional<MountShield> around(const std::vector<int>& folders);
 
+    // Hides `foreign` but for the names that lead from there to the last of the folders: nobody else can then lead
+    // that way, or any within that folder, elsewhere. Links in it are not followed. False for names that go back.
+    bool isolateLast(posix::Descriptor foreign, const std::vector<std::string>& names);
+
     // Gives the calling process that view, for good; for use between vfork and exec. 0 or an errno: EPERM where the
     // helper may not mount, as in some containers.
     int raise() const noexcept;
@@ -25,7 +29,13 @@ private:
         int descriptor;
         std::string path;
     };
+    static std::optional<Folder> folderOf(int descriptor);
+    int mountIsolated(int kept) const noexcept;
+
     std::vector<Folder> m_folders;
+    posix::Descriptor m_heldForeign;
+    std::optional<Folder> m_foreign;  // hidden
+    std::vector<std::string> m_way;   // what is made in its place, one within the other; the last is the last folder
 };
 
 }  // namespace platform::rights

@@ -48,6 +48,7 @@ private:
     int prepare(const std::string& path);
     int startAtRoot();
     int enter(posix::Descriptor folder);
+    int noteForeign();
     int take(const Step& step);
     int goTo(const std::string& name);
     int follow(const posix::Descriptor& link);
@@ -109,8 +110,18 @@ int Walker::enter(posix::Descriptor folder) {
     }
     m_walk.folder = std::move(folder);
     m_walk.item = m_folder;
-    m_walk.isRootsOwn = m_walk.isRootsOwn && m_folder.st_uid == 0 && !isWritableByOthers(m_folder);
+    if (m_walk.isRootsOwn && (m_folder.st_uid != 0 || isWritableByOthers(m_folder))) {
+        m_walk.isRootsOwn = false;
+        return noteForeign();
+    }
     return 0;
+}
+
+int Walker::noteForeign() {
+    m_walk.foreign.reset(::fcntl(m_walk.folder.get(), F_DUPFD_CLOEXEC, 0));
+    std::for_each(m_steps.rbegin(), m_steps.rend(),
+                  [this](const Step& step) { m_walk.beyondForeign.push_back(step.name); });
+    return m_walk.foreign ? 0 : errno;
 }
 
 int Walker::take(const Step& step) {

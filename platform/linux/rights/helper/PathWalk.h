@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "platform/posix/Descriptor.h"
 
@@ -27,6 +28,8 @@ struct PathWalk {
     std::optional<struct stat> item;  // what stands at the end; none when it is missing, or was not looked at
     std::optional<uid_t> ruler = 0;   // who else than root can change where the path leads, 0: nobody; none: several
     bool isRootsOwn = true;  // every folder looked into, links' ones included, is root's, and writable by root only
+    posix::Descriptor foreign = {};               // the first of them that is not; none: they all are
+    std::vector<std::string> beyondForeign = {};  // the names that lead on from there, links not followed
 
     bool endsInFolder() const { return item && S_ISDIR(item->st_mode); }
 };
