@@ -58,8 +58,9 @@ class KzfileCase(unittest.TestCase):
         for word in words:
             self.assertIn(word, text)
 
-    def run_on_terminal(self, *words, columns=100, environment=None):
-        """All three streams on a terminal; the exit code and what appeared there."""
+    def run_on_terminal(self, *words, columns=100, environment=None, typed=b"", typed_after=b""):
+        """All three streams on a terminal; the exit code and what appeared there. What is typed, is typed once that
+        has appeared."""
         child, terminal = pty.fork()
         if child == 0:
             os.chdir(self.work)
@@ -77,6 +78,9 @@ class KzfileCase(unittest.TestCase):
             if not piece:
                 break
             shown += piece
+            if typed and typed_after in shown:
+                os.write(terminal, typed)
+                typed = b""
         else:
             os.kill(child, signal.SIGKILL)
         os.close(terminal)

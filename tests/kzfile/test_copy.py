@@ -138,17 +138,17 @@ class Copy(support.KzfileCase):
         return process.returncode, errors
 
     def test_ctrl_c_leaves_no_part_of_a_copy(self):
-        support.make_large_file(self.work / "a", 400)
+        support.make_large_file(self.work / "a", 200)
         self.assertEqual(self.interrupt(signal.SIGINT, "--verify", "sha512", "a", "copy 1", "copy 2"), (130, b""))
         self.assertEqual(self.names_in(self.work), ["a"])
 
     def test_a_request_to_terminate_leaves_no_part_of_a_copy(self):
-        support.make_large_file(self.work / "a", 400)
+        support.make_large_file(self.work / "a", 200)
         self.assertEqual(self.interrupt(signal.SIGTERM, "--verify", "sha512", "a", "copy"), (143, b""))
         self.assertEqual(self.names_in(self.work), ["a"])
 
     def test_a_second_ctrl_c_leaves_no_part_either(self):
-        support.make_large_file(self.work / "a", 400)
+        support.make_large_file(self.work / "a", 200)
         process = subprocess.Popen([support.KZFILE, "copy", "-V", "sha512", "a", "copy"], cwd=self.work,
                                    env=self.environment, stderr=subprocess.PIPE)
         while process.poll() is None and not (self.work / "copy").exists():
@@ -211,6 +211,13 @@ class ProgressBar(support.KzfileCase):
         _, shown = self.run_on_terminal("copy", "a", "b", environment={"NO_COLOR": "1"})
         self.assertIn("100%", shown)
         self.assertNotRegex(shown, r"\x1b\[[0-9;]*m")
+
+    def test_ctrl_c_takes_it_away_and_the_copies_too(self):
+        support.make_large_file(self.work / "a", 200)
+        code, shown = self.run_on_terminal("copy", "-V", "sha512", "a", "b", "c", typed=b"\x03", typed_after=b"MB/s")
+        self.assertEqual(code, 130)
+        self.assertTrue(shown.endswith("\r\x1b[K"))
+        self.assertEqual(self.names_in(self.work), ["a"])
 
     def test_a_failure_takes_it_away_and_says_why(self):
         self.file("a")
