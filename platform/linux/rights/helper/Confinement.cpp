@@ -137,6 +137,8 @@ void addSystemPlaces(Confinement& confinement) {
     add("/etc/ld.so.cache", reading & ~listing);
 }
 
+bool leadsNowhere(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG; }
+
 class Plan {
 public:
     Plan(const FileCommand& command, int landlock) : m_command(command), m_known(knownTo(landlock)) {}
@@ -148,7 +150,7 @@ public:
             const int* const error = std::get_if<int>(&found);
             if (error == nullptr) {
                 m_walks.push_back(std::move(std::get<PathWalk>(found)));
-            } else if (m_known != 0 && (*error == ENOENT || *error == ENOTDIR)) {
+            } else if (m_known != 0 && leadsNowhere(*error)) {
                 m_isInVain = true;
             } else {
                 return *error;
@@ -190,8 +192,9 @@ public:
 private:
     // A folder that is missing can be there by the time the tool looks for it, and lead anywhere.
     void changeNothing(Confinement& made) const {
-        made.watched = changes & m_known;
-        if (m_command.setsAttributes) {
+        made.watched = changes & m_known;  // renaming too
+        made.onlyRenames = canBeHeldToRenaming();
+        if (m_command.setsAttributes && !made.onlyRenames) {
             made.shield = MountShield::around({});
         }
     }

@@ -32,9 +32,10 @@ int landlockVersion();
 
 // For the file commands (rm, mv, cp, mkdir, touch of /bin and /usr/bin), whose last arguments are the items they work
 // on, the confinement to the folders of the items they are to change. Where a folder on the way to an item is missing
-// or is none, the tool may run but change nothing, and is left to fail by itself. An errno refuses the command:
-// - EINVAL for a path that is not absolute or has a component "." or "..", and, without Landlock, ENOENT or ENOTDIR for
-//   such a folder;
+// or is none, and for a path that is too long or goes round in circles, the tool may run but change nothing, and is
+// left to fail by itself. An errno refuses the command:
+// - EINVAL for a path that is not absolute or has a component "." or "..", and, without Landlock, ENOENT, ENOTDIR,
+//   ENAMETOOLONG or ELOOP for such a path;
 // - EPERM for a path that somebody without administrator rights has bent to a place that is not his, for a tool that is
 //   not root's own, for a move one side of which holds the other where that one belongs to somebody else, and, without
 //   Landlock, for every path on which others than root could do something.
