@@ -89,6 +89,16 @@ class CommandLine(support.KzfileCase):
         self.file("a")
         self.assertEqual(self.output("hash", "-zamd5", "a"), self.output("hash", "-z", "-a", "md5", "a"))
 
+    def test_a_name_that_may_not_be_looked_at_is_not_called_missing(self):
+        if support.is_root():
+            self.skipTest("the superuser may look at everything")
+        closed = self.file("closed/a").parent
+        closed.chmod(0)
+        self.addCleanup(closed.chmod, 0o700)
+        for words in (["hash", "closed/a"], ["copy", "closed/a", "b"], ["trash", "closed/a"], ["size", "closed/a"],
+                      ["metadata", "closed/a"], ["compress", "closed/a", "a.zip"]):
+            self.assert_fails(self.run_kzfile(*words), 1, "closed/a: Permission denied")
+
     def test_a_full_disk_behind_the_output_is_a_failure(self):
         self.file("a")
         with open("/dev/full", "wb") as full:

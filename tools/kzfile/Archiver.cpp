@@ -19,7 +19,7 @@ constexpr const char* archiver = "/usr/bin/ditto";
 std::string objection(const std::string& sourceName, const std::string& resultName, bool mayReplace) {
     const ItemKind source = kindOf(absolutePath(sourceName));
     if (source == ItemKind::missing || source == ItemKind::danglingLink) {
-        return sourceName + ": No such file or directory";
+        return missingText(sourceName);
     }
     const std::string result = absolutePath(resultName);
     const std::string folder = kz::deletingLastPathComponent(result);

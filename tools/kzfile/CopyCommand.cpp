@@ -43,7 +43,7 @@ std::string objectionToSource(const std::string& name) {
     switch (kindOf(absolutePath(name))) {
         case ItemKind::missing:
         case ItemKind::danglingLink:
-            return name + ": No such file or directory";
+            return missingText(name);
         case ItemKind::folder:
             return name + ": is a folder; one file is copied at a time";
         case ItemKind::file:

@@ -49,4 +49,10 @@ ItemKind kindOf(const std::string& path) {
     }
 }
 
+std::string missingText(const std::string& name) {
+    std::error_code error;
+    static_cast<void>(fs::status(absolutePath(name), error));
+    return name + ": " + (error ? error : std::make_error_code(std::errc::no_such_file_or_directory)).message();
+}
+
 }  // namespace kzfile

@@ -18,8 +18,11 @@ std::string shownPath(const std::string& path);
 // link, is named by one path whatever was typed.
 std::string resolvedPath(const std::string& name);
 
-// What a link leads to.
+// What a link leads to. What cannot be looked at counts as missing.
 enum class ItemKind { missing, file, folder, danglingLink, other };
 ItemKind kindOf(const std::string& path);
+
+// Why an item is missing, for the user: "NAME: No such file or directory".
+std::string missingText(const std::string& name);
 
 }  // namespace kzfile

@@ -18,7 +18,7 @@ int run(const Arguments& arguments) {
     for (const std::string& name : arguments.operands()) {
         const std::string path = absolutePath(name);
         if (kindOf(path) == ItemKind::missing) {
-            printError(name + ": No such file or directory");
+            printError(missingText(name));
             code = failed;
             continue;
         }

@@ -20,7 +20,7 @@ std::string trash(const std::string& name) {
     const std::string path = resolvedPath(name);
     const ItemKind kind = kindOf(path);
     if (kind == ItemKind::missing) {
-        return name + ": No such file or directory";
+        return missingText(name);
     }
     if (kind == ItemKind::danglingLink) {
         return name + ": is a link that leads nowhere, and stays";
