@@ -58,6 +58,19 @@ class Archives(support.KzfileCase):
         self.assertTrue(zipfile.is_zipfile(self.work / "a.zip"))
         self.assertEqual((self.home / ".local/share/Trash/files/a.zip").read_bytes(), b"old")
 
+    def test_what_the_result_is_made_of_is_never_replaced(self):
+        self.file("folder/a.zip")
+        for words in (["compress", "-r", "folder", "folder"], ["compress", "-r", "folder/a.zip", "folder"],
+                      ["decompress", "-r", "folder/a.zip", "folder"],
+                      ["decompress", "-r", "folder/a.zip", "folder/../folder/a.zip"]):
+            self.assert_fails(self.run_kzfile(*words), 1, "is what the result is made of")
+        self.assertEqual(self.names_in(self.work / "folder"), ["a.zip"])
+
+    def test_the_systems_folders_are_never_replaced(self):
+        self.file("a")
+        self.output("compress", "a", "a.zip")
+        self.assert_fails(self.run_kzfile("decompress", "--replace", "a.zip", "/usr"), 1, "system's folders")
+
     def test_without_a_trash_nothing_is_replaced(self):
         self.file("a")
         self.file("a.zip", b"kept")

@@ -1,6 +1,5 @@
 #include "tools/kzfile/Archiver.h"
 
-#include "lib/KZFileManager.h"
 #include "lib/base/PathText.h"
 #include "platform/ports/Host.h"
 #include "tools/kzfile/Command.h"
@@ -8,6 +7,7 @@
 #include "tools/kzfile/Paths.h"
 #include "tools/kzfile/ReportingHost.h"
 #include "tools/kzfile/Streams.h"
+#include "tools/kzfile/Trashing.h"
 
 namespace kzfile {
 
@@ -15,8 +15,8 @@ namespace {
 
 constexpr const char* archiver = "/usr/bin/ditto";
 
-// What keeps the operation from being begun, in words; "" when it may.
-std::string objection(const std::string& sourceName, const std::string& resultName, bool mayReplace) {
+// What keeps the operation from being begun, in words; "" when it may, and what was to be replaced is in the Trash.
+std::string prepare(const std::string& sourceName, const std::string& resultName, bool mayReplace) {
     const ItemKind source = kindOf(absolutePath(sourceName));
     if (source == ItemKind::missing || source == ItemKind::danglingLink) {
         return missingText(sourceName);
@@ -36,10 +36,10 @@ std::string objection(const std::string& sourceName, const std::string& resultNa
     if (!mayReplace) {
         return resultName + ": is there already (--replace moves it to the Trash first)";
     }
-    if (!KZFileManager::trashFile(result, ShouldAuth::no) || kindOf(result) != ItemKind::missing) {
-        return reports().lastFailure().value_or(resultName + ": cannot be moved to the Trash");
+    if ((resolvedPath(sourceName) + '/').starts_with(resolvedPath(resultName) + '/')) {
+        return resultName + ": is what the result is made of, and stays";
     }
-    return "";
+    return trashItem(resultName);
 }
 
 }  // namespace
@@ -47,7 +47,7 @@ std::string objection(const std::string& sourceName, const std::string& resultNa
 int makeArchiveOrFolder(const Arguments& arguments, const Archiving& operation) {
     const std::string& source = arguments.operands().front();
     const std::string& result = arguments.operands().back();
-    if (const std::string words = objection(source, result, arguments.has("replace")); !words.empty()) {
+    if (const std::string words = prepare(source, result, arguments.has("replace")); !words.empty()) {
         printError(words);
         return failed;
     }

@@ -114,7 +114,7 @@ void printReasons(const Outcome& outcome, const std::string& source) {
     if (!outcome.damaged.empty()) {
         return;
     }
-    printError(reports().lastFailure().value_or(source + ": changed while it was copied"));
+    printError(reports().lastFailure().value_or(source + ": was not copied; it may have changed meanwhile"));
 }
 
 Outcome copy(const std::string& source, const std::vector<std::string>& destinations, FileCopyVerification verification,

@@ -22,7 +22,7 @@ std::string spelling(const Option& option) {
     return option.value != nullptr ? text + ' ' + option.value : text;
 }
 
-std::string heading(const char* text) { return styledForOutput(text, Style::bold); }
+std::string heading(const char* text) { return boldForOutput(text); }
 
 }  // namespace
 

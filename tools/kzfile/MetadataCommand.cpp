@@ -133,9 +133,7 @@ std::string kindText(const std::string& path) {
 }
 
 void show(const std::string& path) {
-    const auto line = [](const char* key, const std::string& value) {
-        print(styledForOutput(key, Style::bold) + value + '\n');
-    };
+    const auto line = [](const char* key, const std::string& value) { print(boldForOutput(key) + value + '\n'); };
     const auto date = [](const std::optional<platform::Date>& value) { return value ? dateText(*value) : "unknown"; };
     const std::uint64_t size = KZFileManager::fileSize(path);
     line("kind:      ", kindText(path));

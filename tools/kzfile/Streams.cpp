@@ -29,16 +29,13 @@ bool mayColour(int stream) {
     return isTerminal(stream) && (without == nullptr || *without == '\0');
 }
 
-std::string styled(std::string_view text, Style style) {
-    const char* const start = style == Style::bold ? "\033[1m" : "\033[31m";
-    return start + std::string(text) + "\033[0m";
-}
+std::string inBold(std::string_view text) { return "\033[1m" + std::string(text) + "\033[0m"; }
+
+std::string inRed(std::string_view text) { return "\033[31m" + std::string(text) + "\033[0m"; }
 
 }  // namespace
 
 void noteStreams() { startedWithoutOutput = ::fcntl(STDOUT_FILENO, F_GETFD) < 0; }
-
-bool isOutputTerminal() { return isTerminal(STDOUT_FILENO); }
 
 bool isErrorTerminal() { return isTerminal(STDERR_FILENO); }
 
@@ -47,9 +44,7 @@ std::size_t errorTerminalWidth() {
     return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-std::string styledForOutput(std::string_view text, Style style) {
-    return style != Style::plain && mayColour(STDOUT_FILENO) ? styled(text, style) : std::string(text);
-}
+std::string boldForOutput(std::string_view text) { return mayColour(STDOUT_FILENO) ? inBold(text) : std::string(text); }
 
 std::string outputSwatch(int red, int green, int blue) {
     if (!mayColour(STDOUT_FILENO)) {
@@ -72,7 +67,7 @@ std::string nameForOutput(const std::string& name) {
 }
 
 void printError(const std::string& message) {
-    const std::string name = mayColour(STDERR_FILENO) ? styled("kzfile:", Style::red) : "kzfile:";
+    const std::string name = mayColour(STDERR_FILENO) ? inRed("kzfile:") : "kzfile:";
     printErrorAsItIs(name + ' ' + platform::linux_host::consoleLine(message) + '\n');
 }
 

@@ -12,12 +12,10 @@ namespace kzfile {
 // Before anything is opened: which streams the program was started without. Output that is lost counts as a failure.
 void noteStreams();
 
-bool isOutputTerminal();
 bool isErrorTerminal();
 std::size_t errorTerminalWidth();  // columns; 80 when it does not say
 
-enum class Style { plain, bold, red };
-std::string styledForOutput(std::string_view text, Style style);
+std::string boldForOutput(std::string_view text);
 std::string outputSwatch(int red, int green, int blue);  // a block of that colour and a blank; "" without colour
 
 void print(std::string_view text);

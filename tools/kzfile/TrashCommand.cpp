@@ -1,42 +1,11 @@
-#include "lib/KZFileManager.h"
-#include "lib/KZLocalPaths.h"
-#include "lib/base/PathText.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Interruption.h"
-#include "tools/kzfile/Paths.h"
-#include "tools/kzfile/ReportingHost.h"
 #include "tools/kzfile/Streams.h"
+#include "tools/kzfile/Trashing.h"
 
 namespace kzfile {
 
 namespace {
-
-// What is wrong, in words; "" when the item lies in the Trash.
-std::string trash(const std::string& name) {
-    const std::string last = kz::lastPathComponent(name);
-    if (last == "." || last == "..") {
-        return name + ": a folder goes to the Trash by its name only";
-    }
-    const std::string path = resolvedPath(name);
-    const ItemKind kind = kindOf(path);
-    if (kind == ItemKind::missing) {
-        return missingText(name);
-    }
-    if (kind == ItemKind::danglingLink) {
-        return name + ": is a link that leads nowhere, and stays";
-    }
-    if (KZLocalPaths::isPathSystemDirectory(path)) {
-        return name + ": is one of the system's folders, or lies in one, and stays";
-    }
-    if (!KZLocalPaths::trashDirectory()) {
-        return name + ": there is no Trash, as nobody is logged in at this machine's console";
-    }
-    reports().clear();
-    if (KZFileManager::trashFile(path, ShouldAuth::no)) {
-        return "";
-    }
-    return reports().lastFailure().value_or(name + ": cannot be moved to the Trash");
-}
 
 int run(const Arguments& arguments) {
     const TidyWork tidy;
@@ -45,7 +14,7 @@ int run(const Arguments& arguments) {
         if (isInterrupted()) {
             return interruptionCode();
         }
-        if (const std::string words = trash(name); !words.empty()) {
+        if (const std::string words = trashItem(name); !words.empty()) {
             printError(words);
             code = failed;
         }
