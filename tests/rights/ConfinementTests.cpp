@@ -5,6 +5,7 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <string>
 #include <utility>
@@ -374,6 +375,7 @@ TEST_F(FileCommands, MoveByRenamingOrNotAtAllWithinOneFileSystem) {
             if (enterView(**confinement) != 0 || enterConfinement(**confinement) != 0) {
                 ::_exit(2);
             }
+            ::close(STDERR_FILENO);  // which has only the expected to say
             ::execl("/bin/mv", "/bin/mv", "-f", from.c_str(), to.c_str(), nullptr);
             ::_exit(3);
         }
