@@ -30,32 +30,46 @@ std::span<std::byte> HashPipeline::nextBuffer() {
 }
 
 void HashPipeline::hash(std::size_t bytes) {
-    if (m_context && !m_thread.joinable() && m_threadWanted) {
-        try {
-            m_thread = std::thread([this] { run(); });
-        } catch (const std::system_error&) {
-            m_threadWanted = false;
-        }
-    }
     const std::lock_guard lock(m_mutex);
-    const std::size_t index = m_filled % m_buffers.size();
-    m_lengths[index] = bytes;
+    m_lengths[m_filled % m_buffers.size()] = bytes;
     ++m_filled;
-    if (m_thread.joinable()) {
-        if (isWorthWaking()) {
+    if (!m_context) {
+        m_hashed = m_filled;
+    } else if (isWorthWaking()) {
+        startThread();
+        if (m_thread.joinable()) {
             m_filledSome.notify_one();
+        } else {
+            hashHere();
         }
-        return;
     }
-    if (m_context) {
-        m_context->update(m_buffers[index].bytes().first(bytes));
-    }
-    m_hashed = m_filled;
 }
 
 std::string HashPipeline::finish() {
     endThread();
-    return m_context ? m_context->finish() : std::string();
+    if (!m_context) {
+        return {};
+    }
+    hashHere();
+    return m_context->finish();
+}
+
+void HashPipeline::hashHere() {
+    for (; m_hashed < m_filled; ++m_hashed) {
+        const std::size_t index = m_hashed % m_buffers.size();
+        m_context->update(m_buffers[index].bytes().first(m_lengths[index]));
+    }
+}
+
+void HashPipeline::startThread() {
+    if (m_thread.joinable() || !m_threadWanted) {
+        return;
+    }
+    try {
+        m_thread = std::thread([this] { run(); });
+    } catch (const std::system_error&) {
+        m_threadWanted = false;
+    }
 }
 
 bool HashPipeline::isWorthWaking() const { return m_filled - m_hashed >= (m_buffers.size() + 1) / 2; }

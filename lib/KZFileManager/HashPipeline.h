@@ -17,8 +17,9 @@
 namespace KZFileManager {
 
 // A ring of buffers: one is filled while those before it are hashed. One thread fills. The two wake each other only
-// when half of the ring is waiting, so that neither is held up by every buffer of the other on a busy machine. Without
-// a context nothing is hashed and there is no thread; a thread that cannot be had is done without.
+// when half of the ring is waiting, so that neither is held up by every buffer of the other on a busy machine; a file
+// that does not fill so much needs no thread. Without a context nothing is hashed and there is no thread; a thread that
+// cannot be had is done without.
 class HashPipeline {
 public:
     struct Buffers {
@@ -44,8 +45,10 @@ public:
     std::string finish();
 
 private:
-    void run();
     bool isWorthWaking() const;
+    void hashHere();
+    void startThread();
+    void run();
     void endThread();
 
     std::optional<DigestContext> m_context;

@@ -80,6 +80,24 @@ TEST_F(FileDigest, LeavesNoDescriptorOpen) {
     EXPECT_EQ(descriptors(), before);
 }
 
+TEST_F(FileDigest, OfASmallFileNeedsNoSecondThread) {
+    const auto threads = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                             std::filesystem::directory_iterator());
+    };
+    const std::string contents = mixedText(100000);
+    const std::string path = add("file", contents);
+    const auto before = threads();
+    auto most = before;
+    openFiles.decide = [&](const fakes::FailingOpenFiles::Call&) {
+        most = std::max(most, threads());
+        return fakes::FailingOpenFiles::Outcome{};
+    };
+
+    EXPECT_EQ(KZFileManager::digestOfFile(path, DigestKind::sha256).digest, plainDigest(contents));
+    EXPECT_EQ(most, before);
+}
+
 TEST_F(FileDigest, SaysWhyThereIsNone) {
     const std::string pipe = disk / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
