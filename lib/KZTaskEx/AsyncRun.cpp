@@ -20,6 +20,13 @@ void logException(const char* name, const std::string& reason) {
     KZException::logException({name, reason}, "-[KZTaskEx launchAsyncTask]");
 }
 
+// Never destroyed: a run may end while the program does, after its static objects have gone.
+const std::shared_ptr<const AsyncRun::Receiver>& nobody() {
+    static const auto* const shared =
+        new std::shared_ptr<const AsyncRun::Receiver>(std::make_shared<const AsyncRun::Receiver>());
+    return *shared;
+}
+
 }  // namespace
 
 AsyncRun::AsyncRun(KZTaskEx& owner, std::shared_ptr<platform::Process> task, std::string launchPath, Receiver receiver)
@@ -96,7 +103,7 @@ void AsyncRun::readToEnd(platform::Process& task) {
 }
 
 void AsyncRun::returnData(const KZTaskEx::AsyncNotification& notification) {
-    static const std::string nothing;
+    const std::string nothing;
     const auto item = notification.userInfo.find(KZTaskEx::notificationDataItem);
     const std::string& chunk = item == notification.userInfo.end() ? nothing : item->second;
     {
@@ -116,9 +123,8 @@ void AsyncRun::returnData(const KZTaskEx::AsyncNotification& notification) {
 }
 
 void AsyncRun::terminate() {
-    static const auto nobody = std::make_shared<const Receiver>();
     std::shared_ptr<platform::Process> task;
-    auto receiver = nobody;  // what the former one owns goes after the lock
+    auto receiver = nobody();  // what the former one owns goes after the lock
     {
         const std::lock_guard lock(m_mutex);
         m_receiver.swap(receiver);

@@ -518,6 +518,27 @@ TEST_F(ABackgroundRunWhoseOwnerGoes, MayLoseItWithinTheCallback) {
     EXPECT_EQ(reader.sizes().size(), 1U);
 }
 
+// The owner goes after all static objects that were made along with its first run; a sanitizer sees whoever still uses
+// one.
+void endTheProgramWithTwoRuns() {
+    platform::setHost(platform::linux_host::services());
+    static KZTaskEx* runner = nullptr;
+    (void)std::atexit([] { delete runner; });
+    runner = new KZTaskEx;
+    runner->asyncDataFromTask("/bin/sleep", {"60"}, new Reader, &Reader::dataArrived, nullptr);
+    {
+        KZTaskEx other;
+        other.asyncDataFromTask("/bin/sleep", {"60"}, new Reader, &Reader::dataArrived, nullptr);
+    }
+    within(1s, [] { return ProcessCensus::take().threads <= 2; });  // this one and the first reader
+    std::exit(0);  // NOLINT(concurrency-mt-unsafe): what happens then is the question
+}
+
+TEST(ABackgroundRunWhoseProgramEnds, MayHaveAnOwnerThatGoesLast) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(endTheProgramWithTwoRuns(), testing::ExitedWithCode(0), "");
+}
+
 class ManyBackgroundRuns : public BackgroundFixture {};
 
 TEST_F(ManyBackgroundRuns, AtOnceGetEachItsOwnOutputAndLeaveNothingBehind) {
