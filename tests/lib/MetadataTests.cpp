@@ -230,6 +230,32 @@ TEST_F(FinderProgress, OfAMissingFileChangesNothing) {
     EXPECT_FALSE(stands(disk / "missing"));
 }
 
+class FinderProgressByTheShippedTool : public Metadata {
+protected:
+    void SetUp() override {
+        Metadata::SetUp();
+        processes.substitutes["/usr/bin/xattr"] = WICKFIELD_TOOLS_FOLDER "/xattr";
+    }
+    std::optional<std::string> fraction() {
+        return KZFileManager::metadataValueForKey("com.apple.progress.fractionCompleted", file);
+    }
+};
+
+TEST_F(FinderProgressByTheShippedTool, IsAnAttributeThatCanBeRead) {
+    KZFileManager::setFinderProgress(0.5F, file);
+    EXPECT_EQ(fraction(), "0.500");
+    KZFileManager::setFinderProgress(0.75F, file);
+    EXPECT_EQ(fraction(), "0.750");
+    EXPECT_EQ(KZFileManager::creationDateForFile(file), marker);
+}
+
+TEST_F(FinderProgressByTheShippedTool, RemovedLeavesNoAttribute) {
+    KZFileManager::setFinderProgress(0.5F, file);
+    KZFileManager::removeFinderProgressForFile(file);
+    EXPECT_EQ(fraction(), std::nullopt);
+    EXPECT_EQ(KZFileManager::creationDateForFile(file), KZFileManager::modificationDateForFile(file));
+}
+
 class ModificationDate : public FilesFixture {};
 
 TEST_F(ModificationDate, IsTheOneThatWasSet) {
