@@ -66,9 +66,9 @@ std::optional<std::string> hashOfStream(std::FILE* stream, const std::string& pa
     }
 }
 
-// The delegate is held: what was given may be let go of by one of its own answers.
 std::optional<std::string> hashForFile(const std::string& path, platform::DigestKind kind,
                                        const SharedChecksumDelegate& given) {
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): an answer may make the caller let go of his own
     const SharedChecksumDelegate delegate = given;
     std::FILE* const stream = platform::host().openFiles->openStream(path);
     if (stream == nullptr) {
