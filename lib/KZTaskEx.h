@@ -125,7 +125,8 @@ public:
     // Starts the tool and returns at once. The delegate's member gets each piece of the standard output as it comes and
     // an empty one when the output has ended, on a thread of the run's own; it holds up the tool while it works. With
     // no delegate or no member the output is dropped. What the tool prints as error is dropped, its input is empty.
-    // Nothing is called for a tool that is missing or cannot be started; the log says so.
+    // Nothing is called for a tool that is missing or cannot be started: the log says so, and theTask and the delegate
+    // stay as they are until terminateTask.
     //
     // After the empty piece the tool is asked to terminate if it is still there a moment later: one that closes its
     // output and works on is cut short. So is the tool of a callback that throws, which is logged. A run that is under
@@ -150,7 +151,7 @@ public:
     void terminateTask();
     void terminateAsyncTask();
 
-    std::shared_ptr<platform::Process> theTask() const;  // none when no run is under way
+    std::shared_ptr<platform::Process> theTask() const;  // none before the first run and once a run has ended
     const void* delegate() const;                        // none once the run has ended
     bool respondsToSelector() const;                     // whether there is anybody to call
     AsyncObject object() const;

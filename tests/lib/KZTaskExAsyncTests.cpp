@@ -283,6 +283,19 @@ TEST_F(ABackgroundRun, LogsAMissingToolAndCallsNobody) {
     EXPECT_THAT(reader.sizes(), IsEmpty());
 }
 
+TEST_F(ABackgroundRun, OfAMissingToolKeepsTaskAndDelegateUntilItIsEnded) {
+    const auto context = std::make_shared<int>(42);
+    task.asyncDataFromTask("/no/such/tool", {}, &reader, &Reader::dataArrived, context);
+    EXPECT_TRUE(within(patience, [&] { return !newLogEntries().empty(); }));
+    EXPECT_NE(task.theTask(), nullptr);
+    EXPECT_EQ(task.delegate(), &reader);
+    EXPECT_EQ(task.object(), context);
+    task.terminateTask();
+    EXPECT_EQ(task.theTask(), nullptr);
+    EXPECT_EQ(task.delegate(), nullptr);
+    EXPECT_EQ(task.object(), nullptr);
+}
+
 TEST_F(ABackgroundRun, LogsAToolThatIsNotExecutable) {
     task.asyncDataFromTask(add("file", "#!/bin/bash\n", false), {}, &reader, &Reader::dataArrived, nullptr);
     std::vector<std::string> entries;
