@@ -7,6 +7,7 @@
 #include <functional>
 #include <future>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -16,9 +17,15 @@ namespace platform::linux_host {
 template <typename Result>
 class WorkLine {
 public:
+    // With fewer threads where the system gives no more; without any, work is done where it is handed in.
     explicit WorkLine(unsigned threads) {
-        for (unsigned i = 0; i < threads; ++i) {
-            m_threads.emplace_back([this] { work(); });
+        m_threads.reserve(threads);
+        try {
+            for (unsigned i = 0; i < threads; ++i) {
+                m_threads.emplace_back([this] { work(); });
+            }
+        } catch (const std::system_error&) {
+            // Those that there are have to do.
         }
     }
     // Work that no thread has begun is dropped.
@@ -39,6 +46,10 @@ public:
     void add(std::function<Result()> job) {
         std::packaged_task<Result()> task(std::move(job));
         m_results.push_back(task.get_future());
+        if (m_threads.empty()) {
+            task();
+            return;
+        }
         {
             const std::lock_guard lock(m_mutex);
             m_waiting.push_back(std::move(task));
