@@ -54,7 +54,10 @@ OpenedDescriptor openChecked(const std::string& path, int flags, int (*refusal)(
     if (const int code = refusal(status.st_mode); code != 0) {
         return {.descriptor = {}, .code = code};
     }
-    letWait(descriptor.get(), flags);
+    // One that says that it is empty may be the kernel's own, with nothing to give for a long time.
+    if (status.st_size != 0 || flags != O_RDONLY) {
+        letWait(descriptor.get(), flags);
+    }
     return {.descriptor = std::move(descriptor), .code = 0};
 }
 

@@ -13,6 +13,7 @@ public:
 
     explicit PosixOpenFiles(CopyAttributes copyAttributes) : m_copyAttributes(copyAttributes) {}
 
+    // A file of the kernel's own that has nothing to give yet is not waited for: reading it fails with EAGAIN.
     Opened openForReading(const std::string& path) override;
     Opened openForWriting(const std::string& path) override;
     std::FILE* openStream(const std::string& path) override;

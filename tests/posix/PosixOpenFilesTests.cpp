@@ -7,6 +7,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -142,6 +143,21 @@ TEST_F(OpeningFiles, ReadsAndWritesAsAFileThatMayWait) {
     for (const std::string& path : {disk / "new", disk / "source", disk / "there"}) {
         EXPECT_EQ(flagsOf(path) & O_NONBLOCK, 0) << path;
     }
+}
+
+TEST_F(OpeningFiles, DoesNotWaitForTheKernelToHaveSomethingToSay) {
+    const auto opened = files.openForReading("/proc/kmsg");
+    if (!opened.file) {
+        GTEST_SKIP() << "this user may not read the messages of the kernel";
+    }
+    ::alarm(20);  // ends a program that waits
+    std::array<std::byte, 8192> buffer{};
+    platform::Transfer transfer{.bytes = 1, .code = 0};
+    while (transfer.bytes > 0) {
+        transfer = opened.file->read(buffer);
+    }
+    ::alarm(0);
+    EXPECT_EQ(transfer.code, EAGAIN);
 }
 
 TEST_F(OpeningFiles, SaysWhyAFileCannotBeOpened) {
