@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs one end-to-end test: run.py BUNDLE MODULE.CLASS.TEST
+"""Runs one test method: run_method.py FOLDER MODULE.CLASS.TEST
 
 Exits with 0 when it passed, 1 when it failed and 77 when it was skipped, with the reason on standard output.
 """
@@ -14,8 +14,7 @@ def main():
     if len(sys.argv) != 3:
         sys.exit(__doc__)
     sys.dont_write_bytecode = True
-    sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-    os.environ["WICKFIELD_E2E_BUNDLE"] = os.path.abspath(sys.argv[1])
+    sys.path.insert(0, os.path.abspath(sys.argv[1]))
     suite = unittest.defaultTestLoader.loadTestsFromName(sys.argv[2])
     result = unittest.TextTestRunner(stream=sys.stdout, verbosity=2).run(suite)
     if not result.wasSuccessful() or result.testsRun == 0:
