@@ -25,7 +25,9 @@ int exitStatus = EXIT_SUCCESS;
 
 // Ends the process with its other threads still at work: nothing that they use is destroyed under them.
 [[noreturn]] void endProcess() {
-    std::fflush(nullptr);
+    // All streams at once would wait for a thread that reads one.
+    std::fflush(stdout);
+    std::fflush(stderr);
     std::_Exit(exitStatus);
 }
 
