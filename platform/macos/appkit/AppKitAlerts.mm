@@ -1,0 +1,133 @@
+#import "platform/macos/appkit/AppKitAlerts.h"
+
+#include <utility>
+
+#import "platform/macos/appkit/AppKitControls.h"
+#import "platform/macos/appkit/AppKitText.h"
+#import "platform/macos/foundation/Guarded.h"
+#import "platform/macos/foundation/Text.h"
+
+namespace platform::macos {
+
+namespace {
+
+constexpr NSUInteger longestText = 2000;  // characters; an alert grows with its text and does not scroll
+constexpr NSUInteger longestTitle = 100;
+
+NSString* const escape = @"\033";
+
+NSString* titleOrNil(const std::optional<std::string>& title) {
+    return title ? shortened(toNS(*title), longestTitle) : nil;
+}
+
+}  // namespace
+
+AppKitAlert::AppKitAlert(const AlertContents& contents) {
+    guarded("making an alert", [&] {
+        m_alert = [[NSAlert alertWithMessageText:shortened(toNS(contents.messageText), longestText)
+                                   defaultButton:titleOrNil(contents.defaultButton)
+                                 alternateButton:titleOrNil(contents.alternateButton)
+                                     otherButton:titleOrNil(contents.otherButton)
+                       informativeTextWithFormat:@"%@", shortened(toNS(contents.informativeText), longestText)] retain];
+        [[m_alert window] setPreventsApplicationTerminationWhenModal:NO];
+    });
+    if (contents.alternateButton) {
+        giveEscape(*contents.alternateButton);
+    }
+    if (contents.suppressionKey) {
+        addSuppression(*contents.suppressionKey);
+    }
+}
+
+AppKitAlert::~AppKitAlert() {
+    m_didEnd = nullptr;
+    takeAway();
+    guarded("letting an alert go", [this] {
+        if ([m_alert showsSuppressionButton]) {
+            [[m_alert suppressionButton] unbind:@"value"];
+        }
+        [m_alert release];
+    });
+}
+
+// A key that user defaults cannot be observed by leaves the box without effect, not the alert unshown.
+void AppKitAlert::addSuppression(const std::string& key) {
+    guarded("binding an alert's suppression", [&] {
+        [m_alert setShowsSuppressionButton:YES];
+        [[m_alert suppressionButton] bind:@"value"
+                                 toObject:[NSUserDefaults standardUserDefaults]
+                              withKeyPath:toNS(key)
+                                  options:nil];
+    });
+}
+
+// The alert itself does so only for a button that is called "Cancel".
+void AppKitAlert::giveEscape(const std::string& title) {
+    guarded("setting an alert's keys", [&] {
+        NSString* const wanted = titleOrNil(title);
+        for (NSButton* button in [m_alert buttons]) {
+            if ([[button keyEquivalent] length] == 0 && [[button title] isEqualToString:wanted]) {
+                [button setKeyEquivalent:escape];
+                return;
+            }
+        }
+    });
+}
+
+void AppKitAlert::begin(Window* parent, std::function<void(long)> didEnd) {
+    takeAway();
+    m_didEnd = std::move(didEnd);
+    const auto* const window = dynamic_cast<const AppKitWindow*>(parent);
+    guarded("showing an alert", [&] {
+        m_end = [[WickfieldCallback callbackWithWork:[this](long code) { answer(code); }] retain];
+        [m_end keepUntilEnd];
+        [m_alert beginSheetModalForWindow:window != nullptr ? window->window() : nil
+                            modalDelegate:m_end
+                           didEndSelector:@selector(sheetDidEnd:returnCode:contextInfo:)
+                              contextInfo:nullptr];
+    });
+}
+
+bool AppKitAlert::isVisible() {
+    bool visible = false;
+    guarded("looking for an alert", [&] { visible = [[m_alert window] isVisible] == YES; });
+    return visible;
+}
+
+void AppKitAlert::orderOut() {
+    m_didEnd = nullptr;
+    takeAway();
+}
+
+void AppKitAlert::answer(long code) {
+    [[m_alert retain] autorelease];  // it is what calls; it may be let go below
+    const auto ended = std::exchange(m_didEnd, nullptr);
+    guarded("ending an alert", [this] {
+        [m_end release];
+        m_end = nil;
+        [[m_alert window] orderOut:nil];
+    });
+    if (ended) {
+        ended(code);
+    }
+}
+
+// A window that is only ordered out would leave its parent waiting for the end of a sheet.
+void AppKitAlert::takeAway() {
+    if (m_end == nil) {
+        return;
+    }
+    guarded("taking an alert away", [this] {
+        WickfieldCallback* const end = std::exchange(m_end, nil);
+        [end clear];
+        [NSApp endSheet:[m_alert window]];
+        [[m_alert window] orderOut:nil];
+        [end release];
+    });
+}
+
+std::unique_ptr<Alert> AppKitAlerts::make(const AlertContents& contents) {
+    return std::make_unique<AppKitAlert>(contents);
+}
+
+}  // namespace platform::macos
