@@ -7,8 +7,7 @@ namespace platform::macos {
 namespace {
 
 NSString* decoded(const std::string& text) {
-    return [[[NSString alloc] initWithBytes:text.data() length:text.size()
-                                   encoding:NSUTF8StringEncoding] autorelease];
+    return [[[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSUTF8StringEncoding] autorelease];
 }
 
 }  // namespace
