@@ -65,9 +65,10 @@ namespace platform {
 
 namespace {
 
-// Ends the process with its other threads still at work: nothing that they use is destroyed under them.
+// Ends the process with its other threads still at work: nothing that they use is destroyed under them. A file that
+// one of them is reading from would be waited for by a flush of all.
 void endProcess() {
-    std::fflush(nullptr);
+    std::fflush(stdout);
     std::_Exit(EXIT_SUCCESS);
 }
 
