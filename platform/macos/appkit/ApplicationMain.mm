@@ -33,6 +33,8 @@
     auto* const shown = window;
     [NSApp activateIgnoringOtherApps:YES];
     platform::macos::callOut([told, shown] {
+        // Not before: an alert panel of an application that is not active yet gets no keys.
+        told->awakeFromNib();
         shown->present();
         told->applicationDidFinishLaunching();
         // The buttons act from here on: nothing can be pressed before the agreement is up.
@@ -101,7 +103,6 @@ int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
     controller->delegate = makeDelegate(window->outlets()).release();
     [NSApp setDelegate:controller];
     macos::installMainMenu([[NSProcessInfo processInfo] processName]);
-    controller->delegate->awakeFromNib();
     [pool release];
     return NSApplicationMain(argc, const_cast<const char**>(argv));
 }

@@ -33,7 +33,6 @@ class WindowCase(unittest.TestCase):
         self.folder = Path(folder.name)
         self.display = Display(self.folder, self.screen)
         self.addCleanup(self.display.close)
-        self.addCleanup(self.keep_picture)
 
     def start(self, settings=None, resources=(), tree=(), wait=True):
         program = make_bundle(self.folder, os.environ["WICKFIELD_GNUSTEP_PROGRAM"],
@@ -41,6 +40,7 @@ class WindowCase(unittest.TestCase):
                               [sample("Background.png"), sample("Agreement.rtf"), *resources], tree)
         self.installer = Installer(program, self.display, self.folder / "home")
         self.addCleanup(self.installer.close)
+        self.addCleanup(self.keep_picture)
         if wait:
             return self.installer.wait("the window", lambda state: state["installer"]["visible"])["installer"]
         return None
