@@ -3,6 +3,7 @@
 #
 # usage: check.sh objc FILE...      type check against GNUstep's headers and the static analyzer; warnings are errors
 #        check.sh calls FILE...     type check of C++ that calls the Mac's C libraries, against tests/macos/headers
+#        check.sh contract FILE...  the same for the contract tests of a Mac's services
 #        check.sh cross ARCH        every portable source compiled for macOS on arm64 or x86_64, with zig
 #
 # The exit status is 77 when the machine has not what a check needs; the last line says what.
@@ -15,7 +16,8 @@ skip() {
 }
 
 headers=tests/macos/headers
-flags=(-std=c++20 -I. -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wundef -Werror)
+flags=(-std=c++20 -I. -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wundef -Werror
+    -Wno-deprecated-declarations)
 linux_flags=(-isystem "$headers/darwin" -include Darwin.h -idirafter "$headers/frameworks")
 
 # GCC's own headers of the Objective-C runtime are used without its other headers, which are not clang's.
@@ -52,6 +54,12 @@ check_calls() {
     clang++ -fsyntax-only "${flags[@]}" "${linux_flags[@]}" "$@"
 }
 
+check_contract() {
+    command -v clang++ > /dev/null || skip "there is no clang"
+    [[ -e /usr/include/gtest/gtest.h ]] || skip "there are no headers of GoogleTest (libgtest-dev)"
+    clang++ -fsyntax-only "${flags[@]}" "${linux_flags[@]}" -Itests/contract/hosts/macos "$@"
+}
+
 check_cross() {
     local arch=$1 zig=${ZIG:-zig}
     command -v "$zig" > /dev/null || skip "there is no zig, which compiles for macOS; ZIG can name one"
@@ -66,6 +74,7 @@ check_cross() {
 case ${1:-} in
     objc) shift; check_objc "$@" ;;
     calls) shift; check_calls "$@" ;;
+    contract) shift; check_contract "$@" ;;
     cross) check_cross "${2:?arm64 or x86_64}" ;;
     *) sed -n '2,/^# The exit/s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
 esac
