@@ -96,7 +96,7 @@ int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
     application->onWillTerminate([] { std::atexit(endProcess); });
     macos::watchSignals([] { host().mainThread->perform([] { host().application->terminate(); }); });
 
-    auto* const controller = [[WickfieldApplicationController alloc] init];
+    static auto* const controller = [[WickfieldApplicationController alloc] init];  // AppKit does not keep it
     auto* const window = new macos::MainWindow;
     controller->application = application;
     controller->window = window;
