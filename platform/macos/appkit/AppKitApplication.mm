@@ -1,5 +1,6 @@
 #import "platform/macos/appkit/AppKitApplication.h"
 
+#include <cstdlib>
 #include <utility>
 
 #import "platform/macos/appkit/AppKitControls.h"
@@ -20,8 +21,9 @@ NSString* kindOfFile(NSString* path) {
 }  // namespace
 
 void AppKitApplication::terminate() {
-    if (!m_finished) {
-        guarded("terminating", [] { [NSApp terminate:nil]; });
+    if (!m_finished && !guarded("terminating", [] { [NSApp terminate:nil]; })) {
+        finish();
+        std::exit(EXIT_FAILURE);  // better than a process without windows that nobody can end
     }
 }
 

@@ -183,10 +183,10 @@ bool pressLater(NSString* title) {
         }
         for (NSButton* button in partsOf(window, [NSButton class])) {
             if ([[button title] isEqualToString:title] && [button isEnabled]) {
-                [button performSelector:@selector(performClick:)
-                             withObject:nil
-                             afterDelay:0
-                                inModes:[NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, nil]];
+                platform::host().mainThread->perform([button = [button retain]] {
+                    guarded("a click", [button] { [button performClick:nil]; });
+                    [button release];
+                });
                 return true;
             }
         }

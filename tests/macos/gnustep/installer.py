@@ -56,6 +56,7 @@ class Installer:
         self.errors = home / "errors"
         environment = {
             "PATH": "/usr/bin:/bin", "LANG": "C.UTF-8", "DISPLAY": display.name, "HOME": str(home),
+            "TEMP": str(home),  # where GNUstep's programs find each other: those of another test are not to be found
             "GNUSTEP_CONFIG_FILE": str(make_configuration(home)),
             "ASAN_OPTIONS": "detect_leaks=1:exitcode=24:abort_on_error=0",
             "LSAN_OPTIONS": f"suppressions={SUPPRESSIONS}:print_suppressions=0"}

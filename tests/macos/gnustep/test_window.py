@@ -69,6 +69,14 @@ class WindowCase(unittest.TestCase):
             return [window for window in state["windows"] if text in window["texts"]]
         return find(self.installer.wait(f"a window with {text!r}", find))[0]
 
+    def key(self, name):
+        """Presses a key once the display has given the keyboard to the window that the program means."""
+        def has_keyboard():
+            meant = [window["title"] for window in self.installer.state()["windows"] if window["key"]]
+            return meant == [self.display.xdotool("getwindowfocus", "getwindowname", check=False).rstrip("\n")]
+        wait_until("the keyboard's focus", has_keyboard)
+        self.display.press(name)
+
     def end(self):
         """Ends the installer by a signal; no memory error and no leak may have been seen until then."""
         status = self.installer.terminate()
@@ -111,7 +119,7 @@ class Starting(WindowCase):
         self.start({}, wait=False)
         self.window("This installer has been damaged.")
         self.keep_picture("-panel")
-        self.display.press("Return")
+        self.key("Return")
         self.assertEqual(self.installer.wait_for_end(), 0, self.installer.told())
 
     def test_closing_the_window_ends_the_installer(self):
@@ -139,7 +147,7 @@ class Agreement(WindowCase):
 
     def test_agreeing_by_return_leaves_the_window_ready(self):
         self.begin()
-        self.display.press("Return")
+        self.key("Return")
         state = self.no_sheet()
         self.assertTrue(state["installer"]["installEnabled"])
         self.assertEqual([window["title"] for window in state["windows"]], ["Larkspur Reverb Installer"])
@@ -153,7 +161,7 @@ class Agreement(WindowCase):
 
     def test_declining_by_escape_ends_the_installer(self):
         self.begin()
-        self.display.press("Escape")
+        self.key("Escape")
         self.assertEqual(self.installer.wait_for_end(), 0, self.installer.told())
 
     def test_declining_by_the_button_ends_the_installer(self):
@@ -167,14 +175,14 @@ class Installing(WindowCase):
         self.target = self.folder / "target" / "Deep" / "preset.txt"
         tree = [(str(self.target).lstrip("/"), b"warm and wide")]
         self.start(resources=resources, tree=tree)
-        self.display.press("Return")
+        self.key("Return")
 
     def test_return_installs_the_tree_and_the_outcome_is_a_sheet(self):
         self.begin()
         self.sheet("Installation complete")
         self.sheet("The plugin was successfully installed.")
         self.assertEqual(self.target.read_bytes(), b"warm and wide")
-        self.display.press("Return")
+        self.key("Return")
         self.assertFalse(self.no_sheet()["installer"]["installEnabled"])
         self.end()
 
@@ -191,7 +199,7 @@ class Installing(WindowCase):
         self.start()
         self.installer.press("Send to Gantry…")
         self.sheet("This feature requires Tallowmere")
-        self.display.press("Escape")
+        self.key("Escape")
         self.assertTrue(self.no_sheet()["installer"]["installEnabled"])
         self.end()
 
@@ -226,7 +234,7 @@ class Alerts(WindowCase):
         for number, (key, code) in enumerate([("Return", 1), ("Escape", 0)], 1):
             self.installer.ask("main question")
             self.sheet("Which way?")
-            self.display.press(key)
+            self.key(key)
             self.assertEqual(self.answers(number)[-1], ("question", code))
             self.no_sheet()
         self.end()
@@ -267,7 +275,7 @@ class Serving(WindowCase):
         self.installer.ask("panel")
         self.window("A loop of its own, 100%@.")
         self.assertTrue(self.installer.state()["modal"])
-        self.display.press("Return")
+        self.key("Return")
         self.assertEqual(self.answers(1), [("panel", 0)])
         self.end()
 
@@ -286,7 +294,7 @@ class Serving(WindowCase):
         self.installer.ask("batch")
         self.window("A loop of its own, 100%@.")
         self.assertEqual(self.answers(2), [("second", 0), ("third", 0)])
-        self.display.press("Return")
+        self.key("Return")
         self.assertEqual(self.answers(3)[-1], ("first", 0))
         self.end()
 
@@ -318,6 +326,6 @@ class SmallScreen(WindowCase):
     def test_the_agreement_fits(self):
         self.start({**SETTINGS, **AGREEMENT})
         self.sheet("Please read the licence agreement before you install.")
-        self.display.press("Return")
+        self.key("Return")
         self.no_sheet()
         self.end()
