@@ -9,6 +9,7 @@
 enum { NSFileWriteVolumeReadOnlyError = 642 };
 
 @interface NSFileManager (FoundationAdditions)
+- (NSString*)destinationOfSymbolicLinkAtPath:(NSString*)path error:(NSError**)error;
 - (BOOL)setAttributes:(NSDictionary*)attributes ofItemAtPath:(NSString*)path error:(NSError**)error;
 @end
 
