@@ -23,7 +23,7 @@ NSString* kindOfFile(NSString* path) {
 void AppKitApplication::terminate() {
     if (!m_finished && !guarded("terminating", [] { [NSApp terminate:nil]; })) {
         finish();
-        std::exit(EXIT_FAILURE);  // better than a process without windows that nobody can end
+        std::_Exit(EXIT_FAILURE);  // better than a process without windows that nobody can end
     }
 }
 

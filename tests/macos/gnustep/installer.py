@@ -50,7 +50,7 @@ def make_configuration(home):
 class Installer:
     """One run of it. Whatever was started on the way is gone after close()."""
 
-    def __init__(self, program, display, home):
+    def __init__(self, program, display, home, more):
         self.home = home
         home.mkdir()
         self.errors = home / "errors"
@@ -59,7 +59,7 @@ class Installer:
             "TEMP": str(home),  # where GNUstep's programs find each other: those of another test are not to be found
             "GNUSTEP_CONFIG_FILE": str(make_configuration(home)),
             "ASAN_OPTIONS": "detect_leaks=1:exitcode=24:abort_on_error=0",
-            "LSAN_OPTIONS": f"suppressions={SUPPRESSIONS}:print_suppressions=0"}
+            "LSAN_OPTIONS": f"suppressions={SUPPRESSIONS}:print_suppressions=0", **more}
         with open(self.errors, "wb") as errors:
             self._process = subprocess.Popen([program, "-GSX11HandlesWindowDecorations", "NO"], env=environment,
                                              cwd=home, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=errors,

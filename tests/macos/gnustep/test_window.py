@@ -24,6 +24,7 @@ class WindowCase(unittest.TestCase):
     screen = (1024, 768)
 
     def setUp(self):
+        self.pictures = 0
         if missing_tools():
             self.skipTest("not on this machine: " + ", ".join(missing_tools()))
         if not CONFIGURATION.exists():
@@ -34,22 +35,27 @@ class WindowCase(unittest.TestCase):
         self.display = Display(self.folder, self.screen)
         self.addCleanup(self.display.close)
 
-    def start(self, settings=None, resources=(), tree=(), wait=True):
+    def start(self, settings=None, resources=(), tree=(), environment=None, prepare=None,
+              wait=True):
         program = make_bundle(self.folder, os.environ["WICKFIELD_GNUSTEP_PROGRAM"],
                               SETTINGS if settings is None else settings or None,
                               [sample("Background.png"), sample("Agreement.rtf"), *resources], tree)
-        self.installer = Installer(program, self.display, self.folder / "home")
+        if prepare:
+            prepare(program.parents[1] / "Resources")
+        self.installer = Installer(program, self.display, self.folder / "home", environment or {})
         self.addCleanup(self.installer.close)
-        self.addCleanup(self.keep_picture)
         if wait:
             return self.installer.wait("the window", lambda state: state["installer"]["visible"])["installer"]
         return None
 
-    def keep_picture(self, name=""):
+    def keep_picture(self):
+        """Saves the screen, numbered, where evidence is wanted and the installer is there to be seen."""
         evidence = os.environ.get("WICKFIELD_E2E_EVIDENCE")
-        if evidence:
+        if evidence and self.installer.is_running():
+            self.display.wait_until_still()
+            self.pictures += 1
             Path(evidence).mkdir(parents=True, exist_ok=True)
-            self.display.screenshot(Path(evidence) / f"gnustep-{self._testMethodName}{name}.png")
+            self.display.screenshot(Path(evidence) / f"gnustep-{self._testMethodName}-{self.pictures}.png")
 
     def sheet(self, text):
         """Waits for a sheet that shows that text."""
@@ -79,6 +85,7 @@ class WindowCase(unittest.TestCase):
 
     def end(self):
         """Ends the installer by a signal; no memory error and no leak may have been seen until then."""
+        self.keep_picture()
         status = self.installer.terminate()
         self.assertEqual(status, 0, self.installer.told())
 
@@ -115,10 +122,16 @@ class Starting(WindowCase):
         self.assertFalse(shown["background"])
         self.end()
 
+    def test_in_test_mode_the_window_stays_as_it_was_designed(self):
+        shown = self.start(environment={"KZTESTMODE": ""})
+        self.assertEqual(shown["title"], "Installer")
+        self.assertEqual((shown["name"], shown["version"], shown["author"]), ("Plug-in", "1.0", "by Author"))
+        self.end()
+
     def test_a_damaged_installer_says_so_and_ends(self):
         self.start({}, wait=False)
         self.window("This installer has been damaged.")
-        self.keep_picture("-panel")
+        self.keep_picture()
         self.key("Return")
         self.assertEqual(self.installer.wait_for_end(), 0, self.installer.told())
 
@@ -133,7 +146,9 @@ class Starting(WindowCase):
 class Agreement(WindowCase):
     def begin(self):
         self.start({**SETTINGS, **AGREEMENT})
-        return self.sheet("Please read the licence agreement before you install.")
+        sheet = self.sheet("Please read the licence agreement before you install.")
+        self.keep_picture()
+        return sheet
 
     def test_the_agreement_is_a_sheet_that_keeps_install_from_being_pressed(self):
         sheet = self.begin()
@@ -143,6 +158,21 @@ class Agreement(WindowCase):
         self.assertEqual(sheet["label"], "Licence agreement")
         self.assertEqual(sheet["keys"], {"Agree": "\r", "Disagree": "\033"})
         self.assertFalse(self.installer.ask("press Install")["done"])
+        self.end()
+
+    def test_a_plain_text_is_shown_as_it_is(self):
+        self.start({**SETTINGS, "KZEULAPath": "Terms.txt"}, [("Terms.txt", b"One %@ term.\nAnother.\n")])
+        sheet = self.sheet("Please read the licence agreement before you install.")
+        self.assertEqual(sheet["agreement"], "One %@ term.\nAnother.\n")
+        self.end()
+
+    def test_a_pipe_in_the_place_of_the_text_does_not_hold_the_window_up(self):
+        def make_pipe(resources):
+            os.mkfifo(resources / "Terms.rtf")
+        self.start({**SETTINGS, "KZEULAPath": "Terms.rtf"}, prepare=make_pipe)
+        self.assertEqual(self.sheet("Please read the licence agreement before you install.")["agreement"], "")
+        self.key("Return")
+        self.no_sheet()
         self.end()
 
     def test_agreeing_by_return_leaves_the_window_ready(self):
@@ -182,6 +212,7 @@ class Installing(WindowCase):
         self.sheet("Installation complete")
         self.sheet("The plugin was successfully installed.")
         self.assertEqual(self.target.read_bytes(), b"warm and wide")
+        self.keep_picture()
         self.key("Return")
         self.assertFalse(self.no_sheet()["installer"]["installEnabled"])
         self.end()
@@ -191,6 +222,7 @@ class Installing(WindowCase):
         self.sheet("Installation failed")
         self.sheet("A script terminated the installation.")
         self.assertFalse(self.target.exists())
+        self.keep_picture()
         self.installer.press("OK")
         self.assertFalse(self.no_sheet()["installer"]["installEnabled"])
         self.end()
@@ -211,6 +243,7 @@ class Alerts(WindowCase):
         self.installer.ask("worker timed")
         sheet = self.sheet("Timed")
         self.assertIn("It answers itself, 100%@ surely.", sheet["texts"])
+        self.keep_picture()
         self.assertEqual(self.answers(1), [("timed", 1)])
         self.assertGreaterEqual(time.monotonic() - began, 1.9)
         self.no_sheet()
@@ -258,6 +291,7 @@ class Alerts(WindowCase):
         self.start()
         self.installer.ask("main two")
         self.window("Above")
+        self.keep_picture()
         self.sheet("Beneath")
         self.installer.press("Enough")
         self.assertEqual(self.answers(1), [("two", 1)])
@@ -326,6 +360,7 @@ class SmallScreen(WindowCase):
     def test_the_agreement_fits(self):
         self.start({**SETTINGS, **AGREEMENT})
         self.sheet("Please read the licence agreement before you install.")
+        self.keep_picture()
         self.key("Return")
         self.no_sheet()
         self.end()
