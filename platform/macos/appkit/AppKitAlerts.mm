@@ -4,6 +4,7 @@
 
 #import "platform/macos/appkit/AppKitControls.h"
 #import "platform/macos/appkit/AppKitText.h"
+#import "platform/macos/appkit/EventLoop.h"
 #import "platform/macos/foundation/Guarded.h"
 #import "platform/macos/foundation/Text.h"
 
@@ -119,9 +120,15 @@ void AppKitAlert::takeAway() {
     }
     guarded("taking an alert away", [this] {
         WickfieldCallback* const end = std::exchange(m_end, nil);
+        NSWindow* const window = [m_alert window];
         [end clear];
-        [NSApp endSheet:[m_alert window]];
-        [[m_alert window] orderOut:nil];
+        if ([NSApp modalWindow] == window) {  // a free-standing one that runs a loop of its own
+            [NSApp stopModal];
+            wakeEventLoop();
+        } else {
+            [NSApp endSheet:window];
+        }
+        [window orderOut:nil];
         [end release];
     });
 }

@@ -114,8 +114,8 @@ std::unique_ptr<Document> AppKitApplication::loadDocument(const std::string& pat
         if (![kind isEqualToString:NSFileTypeRegular] && ![kind isEqualToString:NSFileTypeDirectory]) {
             return;
         }
-        NSAttributedString* const text =
-            [[[NSAttributedString alloc] initWithPath:file documentAttributes:nullptr] autorelease];
+        NSAttributedString* const text = [[[NSAttributedString alloc] initWithPath:file
+                                                                documentAttributes:nullptr] autorelease];
         if (text != nil) {
             loaded = std::make_unique<AppKitDocument>(text);
         }

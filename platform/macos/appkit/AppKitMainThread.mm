@@ -3,6 +3,7 @@
 #import <AppKit/AppKit.h>
 
 #include "platform/macos/appkit/Callout.h"
+#import "platform/macos/appkit/EventLoop.h"
 #import "platform/macos/foundation/Guarded.h"
 
 // Asks the main thread's run loop to serve the queue, in each of the modes in which a window is on the screen.
@@ -36,6 +37,9 @@
 }
 
 - (void)serve {
+    if (m_queue == nullptr) {
+        return;
+    }
     if (m_queue->waiting() > 1) {
         // The first may run a nested loop, which the calls that are due behind this one would not reach.
         [self wake];
@@ -44,16 +48,7 @@
     platform::macos::callOut([queue] { queue->serve(); });
     if (m_slices > 0) {
         // Lets the wait for an event end, too.
-        [NSApp postEvent:[NSEvent otherEventWithType:NSEventTypeApplicationDefined
-                                            location:NSZeroPoint
-                                       modifierFlags:0
-                                           timestamp:0
-                                        windowNumber:0
-                                             context:nil
-                                             subtype:0
-                                               data1:0
-                                               data2:0]
-                 atStart:NO];
+        platform::macos::wakeEventLoop();
     }
 }
 
@@ -70,7 +65,7 @@ AppKitMainThread::AppKitMainThread(WickfieldMainReceiver* receiver)
 }
 
 AppKitMainThread::~AppKitMainThread() {
-    [NSObject cancelPreviousPerformRequestsWithTarget:m_receiver];
+    m_receiver->m_queue = nullptr;  // a call that is due keeps the receiver
     [m_receiver release];
 }
 

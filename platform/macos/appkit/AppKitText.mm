@@ -9,14 +9,14 @@ namespace {
 
 // Pure blue can hardly be read on a dark ground.
 NSColor* readableBlue() {
-    return [NSColor colorWithName:@"WickfieldLink"
-                  dynamicProvider:^NSColor*(NSAppearance* appearance) {
-                    NSString* const nearest = [appearance
-                        bestMatchFromAppearancesWithNames:[NSArray arrayWithObjects:NSAppearanceNameAqua,
-                                                                                    NSAppearanceNameDarkAqua, nil]];
-                    return [nearest isEqualToString:NSAppearanceNameDarkAqua] ? [NSColor linkColor]
-                                                                              : [NSColor blueColor];
-                  }];
+    return [NSColor
+          colorWithName:@"WickfieldLink"
+        dynamicProvider:^NSColor*(NSAppearance* appearance) {
+          NSString* const nearest =
+              [appearance bestMatchFromAppearancesWithNames:[NSArray arrayWithObjects:NSAppearanceNameAqua,
+                                                                                      NSAppearanceNameDarkAqua, nil]];
+          return [nearest isEqualToString:NSAppearanceNameDarkAqua] ? [NSColor linkColor] : [NSColor blueColor];
+        }];
 }
 
 NSAttributedString* hyperlink(const TextRun& run, NSFont* font) {

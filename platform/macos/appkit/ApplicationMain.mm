@@ -102,7 +102,8 @@ int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
     controller->window = window;
     controller->delegate = makeDelegate(window->outlets()).release();
     [NSApp setDelegate:controller];
-    macos::installMainMenu([[NSProcessInfo processInfo] processName]);
+    NSString* const name = [[NSBundle mainBundle] objectForInfoDictionaryKey:@"CFBundleName"];
+    macos::installMainMenu(name != nil ? name : [[NSProcessInfo processInfo] processName]);
     [pool release];
     return NSApplicationMain(argc, const_cast<const char**>(argv));
 }

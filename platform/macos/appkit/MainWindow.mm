@@ -87,8 +87,8 @@ MainWindow::MainWindow() : m_actions([[NSMutableArray alloc] init]) {
 }
 
 MainWindow::~MainWindow() {
-    for (NSButton* button in [NSArray arrayWithObjects:m_view->btnInstall, m_view->btnGantry,
-                                                       m_agreementView->btnAgree, m_agreementView->btnDisagree, nil]) {
+    for (NSButton *button in [NSArray arrayWithObjects:m_view->btnInstall, m_view->btnGantry, m_agreementView->btnAgree,
+                                                       m_agreementView->btnDisagree, nil]) {
         [button setTarget:nil];
     }
     [m_actions release];

@@ -1,5 +1,5 @@
-// Sheets as a Mac's AppKit has them: beginSheet returns at once, the parent gets neither keys nor clicks while its sheet
-// is up, and the modal delegate is told by endSheet. GNUstep's own run a loop until they end.
+// Sheets as a Mac's AppKit has them: beginSheet returns at once, the parent gets neither keys nor clicks while its
+// sheet is up, and the modal delegate is told by endSheet. GNUstep's own run a loop until they end.
 #import <AppKit/AppKit.h>
 #import <objc/runtime.h>
 

@@ -64,12 +64,11 @@ id number(bool value) { return [NSNumber numberWithBool:value ? YES : NO]; }
 
 NSDictionary* placeOf(NSView* view) {
     const NSRect frame = [view convertRect:[view bounds] toView:nil];
-    return [NSDictionary dictionaryWithObjectsAndKeys:[NSNumber numberWithInt:static_cast<int>(frame.origin.x)], @"x",
-                                                      [NSNumber numberWithInt:static_cast<int>(frame.origin.y)], @"y",
-                                                      [NSNumber numberWithInt:static_cast<int>(frame.size.width)],
-                                                      @"width",
-                                                      [NSNumber numberWithInt:static_cast<int>(frame.size.height)],
-                                                      @"height", nil];
+    return [NSDictionary
+        dictionaryWithObjectsAndKeys:[NSNumber numberWithInt:static_cast<int>(frame.origin.x)], @"x",
+                                     [NSNumber numberWithInt:static_cast<int>(frame.origin.y)], @"y",
+                                     [NSNumber numberWithInt:static_cast<int>(frame.size.width)], @"width",
+                                     [NSNumber numberWithInt:static_cast<int>(frame.size.height)], @"height", nil];
 }
 
 NSDictionary* describe(NSWindow* window) {
@@ -94,10 +93,9 @@ NSDictionary* describe(NSWindow* window) {
     }
     NSResponder* const focus = [window firstResponder];
     NSString* const focused = [focus isKindOfClass:[NSButton class]] ? [(NSButton*)focus title] : [focus className];
-    return [NSDictionary
-        dictionaryWithObjectsAndKeys:[window title], @"title", texts, @"texts", buttons, @"buttons", keys, @"keys",
-                                     checked, @"checked", number([window isKeyWindow]), @"key", orEmpty(focused),
-                                     @"focus", nil];
+    return [NSDictionary dictionaryWithObjectsAndKeys:[window title], @"title", texts, @"texts", buttons, @"buttons",
+                                                      keys, @"keys", checked, @"checked", number([window isKeyWindow]),
+                                                      @"key", orEmpty(focused), @"focus", nil];
 }
 
 NSDictionary* describeInstaller() {

@@ -1,5 +1,5 @@
-// NSAlert's older interface as a Mac has it: the codes 1, 0 and -1, a suppression box, a window that is there before the
-// alert is shown, and a sheet that does not block. It keeps neither itself nor its delegate alive.
+// NSAlert's older interface as a Mac has it: the codes 1, 0 and -1, a suppression box, a window that is there before
+// the alert is shown, and a sheet that does not block. It keeps neither itself nor its delegate alive.
 #import <AppKit/AppKit.h>
 
 namespace {
