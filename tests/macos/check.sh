@@ -24,15 +24,15 @@ linux_flags=(-isystem "$headers/darwin" -include Darwin.h -idirafter "$headers/f
 objc_flags=(-fobjc-runtime=gcc -fblocks -fexceptions -fobjc-exceptions -fconstant-string-class=NSConstantString
     -D_NATIVE_OBJC_EXCEPTIONS -DGNUSTEP -DGNUSTEP_BASE_LIBRARY=1 -DGNU_GUI_LIBRARY=1
     -isystem /usr/include/GNUstep -isystem "$headers/gnustep" -Wselector -Wundeclared-selector)
-runtime=
-trap '[[ -z $runtime ]] || rm -rf "$runtime"' EXIT
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
 add_runtime_headers() {
     local header
     header=$(find /usr/lib/gcc -path '*/include/objc/objc.h' 2> /dev/null | sort | tail -n 1)
     [[ -n $header ]] || skip "there are no headers of the Objective-C runtime (gobjc)"
-    runtime=$(mktemp -d)
-    ln -s "$(dirname "$header")" "$runtime/objc"
-    objc_flags+=(-isystem "$runtime")
+    mkdir "$scratch/runtime"
+    ln -s "$(dirname "$header")" "$scratch/runtime/objc"
+    objc_flags+=(-isystem "$scratch/runtime")
 }
 
 check_objc() {
@@ -63,13 +63,17 @@ check_contract() {
 
 check_cross() {
     local arch=$1 zig=${ZIG:-zig}
-    command -v "$zig" > /dev/null || skip "there is no zig, which compiles for macOS; ZIG can name one"
+    zig=$(command -v "$zig") || skip "there is no zig, which compiles for macOS; ZIG can name one"
     [[ $arch == arm64 ]] && arch=aarch64
+    local frameworks=$PWD/$headers/frameworks darwin=$PWD/$headers/darwin
     {
-        find app lib platform/ports platform/posix -name '*.cpp' ! -path app/main.cpp
-        find platform/macos -name '*.cpp'
-    } | xargs -P "$(nproc)" -I FILE "$zig" c++ -target "$arch-macos.11.0" "${flags[@]}" \
-        -idirafter "$headers/frameworks" -idirafter "$headers/darwin" -c -o /dev/null FILE
+        find "$PWD"/{app,lib,platform/ports,platform/posix} -name '*.cpp' ! -path '*/app/main.cpp'
+        find "$PWD/platform/macos" -name '*.cpp'
+    } > "$scratch/sources"
+    flags+=("-I$PWD")
+    cd "$scratch"  # the objects fall here
+    xargs -d '\n' -P "$(nproc)" -n 1 "$zig" c++ -target "$arch-macos.11.0" "${flags[@]}" -idirafter "$frameworks" \
+        -idirafter "$darwin" -c < sources
 }
 
 case ${1:-} in
