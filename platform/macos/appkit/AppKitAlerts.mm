@@ -7,6 +7,7 @@
 #import "platform/macos/appkit/EventLoop.h"
 #import "platform/macos/foundation/Guarded.h"
 #import "platform/macos/foundation/Text.h"
+#include "platform/ports/Host.h"
 
 namespace platform::macos {
 
@@ -14,11 +15,29 @@ namespace {
 
 constexpr NSUInteger longestText = 2000;  // characters; an alert grows with its text and does not scroll
 constexpr NSUInteger longestTitle = 100;
+constexpr NSInteger notShown = -1;
 
 NSString* const escape = @"\033";
 
 NSString* titleOrNil(const std::optional<std::string>& title) {
     return title ? shortened(toNS(*title), longestTitle) : nil;
+}
+
+// Nothing when the end has been cleared meanwhile. An alert that cannot be shown is answered: somebody may be waiting.
+void showOn(NSWindow* window, NSAlert* alert, WickfieldCallback* end) {
+    const bool shown = guarded("showing an alert", [=] {
+        if ([end isCleared]) {
+            return;
+        }
+        [end keepUntilEnd];
+        [alert beginSheetModalForWindow:window
+                          modalDelegate:end
+                         didEndSelector:@selector(sheetDidEnd:returnCode:contextInfo:)
+                            contextInfo:nullptr];
+    });
+    if (!shown) {
+        [end sheetDidEnd:alert returnCode:notShown contextInfo:nullptr];
+    }
 }
 
 }  // namespace
@@ -79,13 +98,16 @@ void AppKitAlert::begin(Window* parent, std::function<void(long)> didEnd) {
     takeAway();
     m_didEnd = std::move(didEnd);
     const auto* const window = dynamic_cast<const AppKitWindow*>(parent);
-    guarded("showing an alert", [&] {
-        m_end = [[WickfieldCallback callbackWithWork:[this](long code) { answer(code); }] retain];
-        [m_end keepUntilEnd];
-        [m_alert beginSheetModalForWindow:window != nullptr ? window->window() : nil
-                            modalDelegate:m_end
-                           didEndSelector:@selector(sheetDidEnd:returnCode:contextInfo:)
-                              contextInfo:nullptr];
+    m_end = [[WickfieldCallback callbackWithWork:[this](long code) { answer(code); }] retain];
+    if (window != nullptr) {
+        showOn(window->window(), m_alert, m_end);
+        return;
+    }
+    // From the event loop: without a window it may well run a loop of its own until it is answered.
+    host().mainThread->perform([alert = [m_alert retain], end = [m_end retain]] {
+        showOn(nil, alert, end);
+        [alert release];
+        [end release];
     });
 }
 

@@ -24,5 +24,6 @@
 
 // Does nothing from here on.
 - (void)clear;
+- (BOOL)isCleared;
 
 @end

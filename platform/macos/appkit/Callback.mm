@@ -52,4 +52,8 @@
     }
 }
 
+- (BOOL)isCleared {
+    return m_work == nullptr || !*m_work ? YES : NO;
+}
+
 @end

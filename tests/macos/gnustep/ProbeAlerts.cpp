@@ -40,9 +40,19 @@ long two(platform::Window* parent) {
                                               Block::yes);
 }
 
+// Free-standing, as the window is taken.
+long timedAbove(platform::Window* parent) {
+    KZAlert::alertSheetWithMessageText("Beneath", std::nullopt, std::nullopt, std::nullopt, "The first.", parent,
+                                       Block::no);
+    return timed(parent);
+}
+
 const std::map<std::string, Shown>& kinds() {
-    static const std::map<std::string, Shown> all{
-        {"timed", timed}, {"question", question}, {"suppressed", suppressed}, {"two", two}};
+    static const std::map<std::string, Shown> all{{"timed", timed},
+                                                  {"timed-above", timedAbove},
+                                                  {"question", question},
+                                                  {"suppressed", suppressed},
+                                                  {"two", two}};
     return all;
 }
 

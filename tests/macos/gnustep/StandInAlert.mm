@@ -116,7 +116,11 @@ constexpr CGFloat gap = 8;
 }
 
 - (void)answer:(NSButton*)sender {
-    [NSApp endSheet:m_panel returnCode:[sender tag]];
+    if ([NSApp modalWindow] == m_panel) {
+        [NSApp stopModalWithCode:[sender tag]];
+    } else {
+        [NSApp endSheet:m_panel returnCode:[sender tag]];
+    }
 }
 
 - (void)beginSheetModalForWindow:(NSWindow*)window
@@ -126,6 +130,12 @@ constexpr CGFloat gap = 8;
     m_delegate = delegate;
     m_didEnd = didEndSelector;
     m_context = contextInfo;
+    // What becomes of an alert without a window is not written down: the installer is to get on with either.
+    if (window == nil && [[NSUserDefaults standardUserDefaults] boolForKey:@"FreeStandingAlertsRunALoop"]) {
+        [[self retain] autorelease];
+        [self panelDidEnd:m_panel returnCode:[NSApp runModalForWindow:m_panel] contextInfo:nullptr];
+        return;
+    }
     [NSApp beginSheet:m_panel
         modalForWindow:window
          modalDelegate:self

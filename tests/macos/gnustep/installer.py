@@ -50,7 +50,7 @@ def make_configuration(home):
 class Installer:
     """One run of it. Whatever was started on the way is gone after close()."""
 
-    def __init__(self, program, display, home, more):
+    def __init__(self, program, display, home, more, arguments):
         self.home = home
         home.mkdir()
         self.errors = home / "errors"
@@ -61,7 +61,7 @@ class Installer:
             "ASAN_OPTIONS": "detect_leaks=1:exitcode=24:abort_on_error=0",
             "LSAN_OPTIONS": f"suppressions={SUPPRESSIONS}:print_suppressions=0", **more}
         with open(self.errors, "wb") as errors:
-            self._process = subprocess.Popen([program, "-GSX11HandlesWindowDecorations", "NO"], env=environment,
+            self._process = subprocess.Popen([program, "-GSX11HandlesWindowDecorations", "NO", *arguments], env=environment,
                                              cwd=home, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=errors,
                                              start_new_session=True)
 

@@ -36,13 +36,13 @@ class WindowCase(unittest.TestCase):
         self.addCleanup(self.display.close)
 
     def start(self, settings=None, resources=(), tree=(), environment=None, prepare=None,
-              wait=True):
+              arguments=(), wait=True):
         program = make_bundle(self.folder, os.environ["WICKFIELD_GNUSTEP_PROGRAM"],
                               SETTINGS if settings is None else settings or None,
                               [sample("Background.png"), sample("Agreement.rtf"), *resources], tree)
         if prepare:
             prepare(program.parents[1] / "Resources")
-        self.installer = Installer(program, self.display, self.folder / "home", environment or {})
+        self.installer = Installer(program, self.display, self.folder / "home", environment or {}, arguments)
         self.addCleanup(self.installer.close)
         if wait:
             return self.installer.wait("the window", lambda state: state["installer"]["visible"])["installer"]
@@ -299,6 +299,31 @@ class Alerts(WindowCase):
         self.installer.press("OK")
         self.no_sheet()
         self.end()
+
+
+    def take_two(self):
+        self.installer.ask("worker two")
+        self.window("Above")
+        self.key("Return")
+        self.assertEqual(self.answers(1), [("two", 1)])
+        self.installer.press("OK")
+        self.no_sheet()
+        self.installer.ask("worker timed-above")
+        self.window("Timed")
+        self.assertEqual(self.answers(2)[1], ("timed-above", 1))
+        state = self.installer.wait("the end of the alert", lambda state: len(state["windows"]) == 2)
+        self.assertFalse(state["modal"])
+        self.installer.press("OK")
+        self.assertTrue(self.no_sheet()["installer"]["installEnabled"])
+        self.end()
+
+    def test_a_free_standing_alert_is_answered_and_times_out(self):
+        self.start()
+        self.take_two()
+
+    def test_so_it_does_where_it_runs_a_loop_of_its_own(self):
+        self.start(arguments=["-FreeStandingAlertsRunALoop", "YES"])
+        self.take_two()
 
 
 class Serving(WindowCase):
