@@ -33,9 +33,12 @@ bool exists(const std::string& path, struct stat& status) { return ::lstat(path.
 
 void removeCopy(const std::string& path) { (void)::removefile(path.c_str(), nullptr, REMOVEFILE_RECURSIVE); }
 
-int copyTree(const std::string& source, const std::string& staged) {
-    constexpr copyfile_flags_t how = COPYFILE_ALL | COPYFILE_RECURSIVE | COPYFILE_NOFOLLOW | COPYFILE_CLONE;
-    return ::copyfile(source.c_str(), staged.c_str(), nullptr, how) == 0 ? 0 : errno;
+// A folder's path with a "/" at its end would stand for what lies in it.
+int copyTo(const std::string& staged, const std::string& source, bool isFolder) {
+    constexpr copyfile_flags_t alone = COPYFILE_ALL | COPYFILE_NOFOLLOW | COPYFILE_CLONE;
+    const copyfile_flags_t how = isFolder ? alone | COPYFILE_RECURSIVE : alone;
+    const std::string item = isFolder ? source.substr(0, source.find_last_not_of('/') + 1) : source;
+    return ::copyfile(item.empty() ? "/" : item.c_str(), staged.c_str(), nullptr, how) == 0 ? 0 : errno;
 }
 
 int rename(const std::string& from, const std::string& to, PlainMove plainMove) {
@@ -90,7 +93,7 @@ int copyWithoutReplacing(const std::string& source, const std::string& destinati
         return EEXIST;
     }
     const std::string staged = stagedSibling(destination);
-    int code = copyTree(source, staged);
+    int code = copyTo(staged, source, S_ISDIR(status.st_mode));
     if (code == 0) {
         code = renameUnlocked(staged, destination, plainMove);
     }
