@@ -16,6 +16,7 @@ namespace probe {
 //   menu           opens a menu, which tracks the mouse until it is dismissed
 //   batch          hands over three pieces of work at once, the first of which shows an alert panel
 //   leak           loses an object
+//   slices         how long the slices of the event loop take in milliseconds, and in which order work is done in them
 // They are served by the main thread through the service that the installer's own threads use.
 void start(const platform::Outlets& outlets);
 

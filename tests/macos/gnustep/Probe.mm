@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include <chrono>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -240,6 +241,44 @@ bool handOverBatch() {
     return true;
 }
 
+template <typename Work>
+NSNumber* milliseconds(const Work& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    const auto taken = std::chrono::steady_clock::now() - start;
+    return [NSNumber numberWithLong:std::chrono::duration_cast<std::chrono::milliseconds>(taken).count()];
+}
+
+NSDictionary* slices() {
+    using namespace std::chrono_literals;
+    auto& mainThread = *platform::host().mainThread;
+    NSMutableDictionary* const seen = [NSMutableDictionary dictionary];
+    mainThread.runNextEvent(0ms);  // what a display sends at any time is not to end a slice below
+    [seen setObject:milliseconds([&] { mainThread.runNextEvent(200ms); }) forKey:@"idle"];
+    [seen setObject:milliseconds([&] {
+              for (int look = 0; look < 100; ++look) {
+                  mainThread.runNextEvent(0ms);
+              }
+          })
+             forKey:@"looks"];
+    std::string order;
+    std::thread other([&] {
+        std::this_thread::sleep_for(20ms);
+        mainThread.perform([&order] { order += "1"; });
+        mainThread.perform([&order] { order += "2"; });
+        mainThread.performAndWait([&order] { order += "3"; });
+    });
+    [seen setObject:milliseconds([&] {
+              while (order.size() < 3) {
+                  mainThread.runNextEvent(10s);
+              }
+          })
+             forKey:@"woken"];
+    other.join();
+    [seen setObject:toNS(order) forKey:@"order"];
+    return seen;
+}
+
 NSDictionary* serve(const std::string& line) {
     const auto space = line.find(' ');
     const std::string command = line.substr(0, space);
@@ -258,6 +297,9 @@ NSDictionary* serve(const std::string& line) {
     }
     if (command == "batch") {
         return outcome(handOverBatch());
+    }
+    if (command == "slices") {
+        return slices();
     }
     if (command == "leak") {
         return outcome([[NSMutableArray alloc] initWithCapacity:100] != nil);

@@ -357,6 +357,16 @@ class Serving(WindowCase):
         self.assertEqual(self.answers(3)[-1], ("first", 0))
         self.end()
 
+    def test_a_slice_of_the_event_loop_ends_by_time_or_by_work(self):
+        self.start()
+        self.display.wait_until_still()
+        seen = self.installer.ask("slices", 40)
+        self.assertGreaterEqual(seen["idle"], 190)
+        self.assertLess(seen["looks"], 1000)
+        self.assertLess(seen["woken"], 5000)
+        self.assertEqual(seen["order"], "123")
+        self.end()
+
     def test_a_leak_would_be_found(self):
         self.start()
         self.installer.ask("leak")
