@@ -47,6 +47,9 @@ NSMapTable* labels() {
 @implementation NSUserDefaults (AppKitAdditions)
 
 - (id)valueForKey:(NSString*)key {
+    if ([key hasPrefix:@"@"]) {  // a collection operator, which a user default is not
+        [NSException raise:NSUndefinedKeyException format:@"no value %@", key];
+    }
     return [self objectForKey:key];
 }
 

@@ -9,8 +9,8 @@ namespace probe {
 //   state          what is on the screen, and what the alerts that were shown so far have answered
 //   press TITLE    clicks the button of that title, unless a sheet keeps it from being clicked
 //   toggle         clicks the suppression box of the alert that is up
-//   worker KIND    shows an alert from a thread of its own: timed, question, suppressed, two (one
-//                  upon the other) or timed-above (a timed one upon another)
+//   worker KIND    shows an alert from a thread of its own: timed, question, suppressed, oddly-suppressed,
+//                  two (one upon the other) or timed-above (a timed one upon another)
 //   main KIND      the same from the main thread, which goes on serving its events
 //   panel          shows an alert panel, which runs a loop of its own
 //   menu           opens a menu, which tracks the mouse until it is dismissed

@@ -32,6 +32,12 @@ long suppressed(platform::Window* parent) {
                                               parent, nullptr, std::nullopt, Block::yes, nullptr, "hideAgain");
 }
 
+// No user default can be observed under such a name.
+long oddlySuppressed(platform::Window* parent) {
+    return KZAlert::alertSheetWithMessageText("Again?", std::nullopt, std::nullopt, std::nullopt, "You may say never.",
+                                              parent, nullptr, std::nullopt, Block::yes, nullptr, "@undefined");
+}
+
 // The second finds the window taken and is shown free-standing.
 long two(platform::Window* parent) {
     KZAlert::alertSheetWithMessageText("Beneath", std::nullopt, std::nullopt, std::nullopt, "The first.", parent,
@@ -48,11 +54,9 @@ long timedAbove(platform::Window* parent) {
 }
 
 const std::map<std::string, Shown>& kinds() {
-    static const std::map<std::string, Shown> all{{"timed", timed},
-                                                  {"timed-above", timedAbove},
-                                                  {"question", question},
-                                                  {"suppressed", suppressed},
-                                                  {"two", two}};
+    static const std::map<std::string, Shown> all{
+        {"timed", timed},           {"timed-above", timedAbove},           {"question", question},
+        {"suppressed", suppressed}, {"oddly-suppressed", oddlySuppressed}, {"two", two}};
     return all;
 }
 

@@ -287,6 +287,16 @@ class Alerts(WindowCase):
         self.end()
         self.assertIn("hideAgain", self.installer.defaults())
 
+    def test_a_default_that_nothing_can_be_bound_to_leaves_the_alert(self):
+        # GNUstep loses the binding that it was about to make.
+        self.start(environment={"ASAN_OPTIONS": "detect_leaks=0:exitcode=24"})
+        self.installer.ask("worker oddly-suppressed")
+        self.sheet("Again?")
+        self.installer.press("OK")
+        self.assertEqual(self.answers(1), [("oddly-suppressed", 1)])
+        self.end()
+        self.assertIn("Exception in binding an alert's suppression", self.installer.told())
+
     def test_a_second_alert_stands_free_of_the_sheet(self):
         self.start()
         self.installer.ask("main two")
