@@ -16,6 +16,7 @@ std::size_t linesOfTheFake(const std::vector<std::string>& texts) {
     fakes::FakeConsole console;
     {
         std::vector<fakes::JoiningThread> threads;
+        threads.reserve(texts.size());
         for (const auto& text : texts) {
             threads.emplace_back([&] { console.log(text); });
         }
@@ -27,6 +28,7 @@ std::size_t textsOnStandardError(const std::vector<std::string>& texts) {
     testing::internal::CaptureStderr();
     {
         std::vector<fakes::JoiningThread> threads;
+        threads.reserve(texts.size());
         for (const auto& text : texts) {
             threads.emplace_back([&] { host_under_test::Console().log(text); });
         }

@@ -8,6 +8,10 @@ namespace {
 
 constexpr OSType finder = 'MACS';
 
+// As kAEFinderSuite and kAESync, whose header belongs to another framework in some of the system's versions.
+constexpr AEEventClass finderSuite = 'fndr';
+constexpr AEEventID update = 'fupd';
+
 // All zero for what is no item.
 FSRef reference(const std::string& path) {
     FSRef item{};
@@ -26,7 +30,7 @@ OSStatus sendAbout(AliasHandle alias) {
     AppleEvent event{typeNull, nullptr};
     AppleEvent reply{typeNull, nullptr};
     OSStatus status =
-        AEBuildAppleEvent(kAEFinderSuite, kAESync, typeApplSignature, &finder, sizeof finder, kAutoGenerateReturnID,
+        AEBuildAppleEvent(finderSuite, update, typeApplSignature, &finder, sizeof finder, kAutoGenerateReturnID,
                           kAnyTransactionID, &event, nullptr, "'----':alis(@@)", alias);
     if (status == noErr) {
         status = AESendMessage(&event, &reply, kAENoReply, kAEDefaultTimeout);

@@ -25,7 +25,7 @@ typedef SInt16 AEReturnID;
 typedef SInt32 AETransactionID;
 typedef SInt32 AESendMode;
 
-enum { typeNull = 'null', typeApplSignature = 'sign', kAEFinderSuite = 'fndr', kAESync = 'fupd' };
+enum { typeNull = 'null', typeApplSignature = 'sign' };
 enum { kAutoGenerateReturnID = -1, kAnyTransactionID = 0, kAEDefaultTimeout = -1, kAENoReply = 1 };
 
 #ifdef __cplusplus
