@@ -4,7 +4,10 @@
 #import <AppKit/AppKit.h>
 
 // Fills itself with its image, cut at the sides that do not fit; a quiet backdrop without one.
-@interface WickfieldBackgroundView : NSImageView
+@interface WickfieldBackgroundView : NSImageView {
+@private
+    NSImage* m_image;  // not the image view's own, which it would draw a second time
+}
 @end
 
 // The contents of the main window, whose controls belong to it.

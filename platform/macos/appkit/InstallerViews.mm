@@ -30,6 +30,22 @@ constexpr CGFloat leastLinkWidth = 90;
 
 @implementation WickfieldBackgroundView
 
+- (void)dealloc {
+    [m_image release];
+    [super dealloc];
+}
+
+- (NSImage*)image {
+    return m_image;
+}
+
+- (void)setImage:(NSImage*)image {
+    [image retain];
+    [m_image release];
+    m_image = image;
+    [self setNeedsDisplay:YES];
+}
+
 - (void)drawRect:(NSRect)dirty {
     static_cast<void>(dirty);
     const NSRect bounds = [self bounds];
