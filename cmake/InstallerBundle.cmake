@@ -45,6 +45,9 @@ function(wickfield_installer_bundle target)
     set(stamp "${CMAKE_CURRENT_BINARY_DIR}/${target}.stamp")
     set(script "${_wickfield_bundle_scripts}/AssembleBundle.cmake")
     set(template "${_wickfield_bundle_scripts}/InstallerInfo.plist.in")
+    if(APPLE)
+        set(template "${_wickfield_bundle_scripts}/macos/InstallerInfo.plist.in")
+    endif()
     add_custom_command(
         OUTPUT "${stamp}"
         COMMAND ${CMAKE_COMMAND} "-DBUNDLE=${bundle}" "-DEXECUTABLE=$<TARGET_FILE:Wickfield>" "-DTOOLS=${tools}"

@@ -30,6 +30,23 @@ std::string digestOf(CopyDestination& destination, platform::DigestKind kind) {
     return {};
 }
 
+// Waits for its threads at the end.
+struct JoinedThreads {
+    std::vector<std::thread> threads;
+
+    JoinedThreads() = default;
+    ~JoinedThreads() { join(); }
+    JoinedThreads(const JoinedThreads&) = delete;
+    JoinedThreads& operator=(const JoinedThreads&) = delete;
+
+    void join() {
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        threads.clear();
+    }
+};
+
 }  // namespace
 
 std::vector<std::string> digestsOfDestinations(std::vector<CopyDestination>& destinations, platform::DigestKind kind) {
@@ -41,17 +58,17 @@ std::vector<std::string> digestsOfDestinations(std::vector<CopyDestination>& des
         }
     };
     const std::size_t wanted = std::min<std::size_t>(destinations.size(), std::thread::hardware_concurrency());
-    std::vector<std::jthread> others;
-    others.reserve(wanted);
-    while (others.size() + 1 < wanted) {
+    JoinedThreads others;
+    others.threads.reserve(wanted);
+    while (others.threads.size() + 1 < wanted) {
         try {
-            others.emplace_back(work);
+            others.threads.emplace_back(work);
         } catch (const std::system_error&) {
             break;  // no more threads to be had: those that are there do all of it
         }
     }
     work();
-    others.clear();  // waits for them
+    others.join();
     return digests;
 }
 

@@ -66,14 +66,13 @@ void MainQueue::runNextEvent(std::chrono::milliseconds slice) {
 }
 
 void MainQueue::serve() {
-    std::size_t waiting = 0;
-    {
-        const std::lock_guard lock(m_mutex);
-        waiting = m_work.size();
+    for (std::size_t left = waiting(); left > 0 && serveOne(); --left) {
     }
-    while (waiting > 0 && serveOne()) {
-        --waiting;
-    }
+}
+
+std::size_t MainQueue::waiting() {
+    const std::lock_guard lock(m_mutex);
+    return m_work.size();
 }
 
 }  // namespace platform::posix

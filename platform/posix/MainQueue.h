@@ -33,6 +33,9 @@ public:
     // next time (wake is called for it), so that work which renews itself does not hold up the toolkit's own events.
     void serve();
 
+    // Any thread: how many pieces of work nobody has begun yet.
+    std::size_t waiting();
+
 private:
     void add(std::function<void()> work);
     bool serveOne();  // false when nothing was waiting

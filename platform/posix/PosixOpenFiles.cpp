@@ -89,7 +89,8 @@ public:
         if (::fstat(m_descriptor.get(), &status) != 0) {
             return std::nullopt;
         }
-        return FileIdentity{.device = status.st_dev, .inode = status.st_ino};
+        return FileIdentity{.device = static_cast<std::uint64_t>(status.st_dev),
+                            .inode = static_cast<std::uint64_t>(status.st_ino)};
     }
 
     Failure copyAttributesFrom(OpenFile& source) override {

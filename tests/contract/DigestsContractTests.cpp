@@ -4,17 +4,17 @@
 #include <array>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
-#include "platform/linux/services/LinuxHost.h"
+#include "HostUnderTest.h"
 #include "platform/ports/Digests.h"
+#include "tests/fakes/JoiningThread.h"
 
 namespace {
 
 using platform::DigestKind;
 
-platform::Digests& digests() { return *platform::linux_host::services().digests; }
+platform::Digests& digests() { return *host_under_test::services().digests; }
 
 std::span<const std::byte> bytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
 
@@ -110,7 +110,7 @@ TEST(FinishedDigest, HasNoSecondAnswerAndTakesNothingMore) {
 TEST(Digests, AreMadeFromSeveralThreadsAtOnce) {
     std::array<std::string, 8> answers;
     {
-        std::vector<std::jthread> threads;
+        std::vector<fakes::JoiningThread> threads;
         for (std::string& answer : answers) {
             threads.emplace_back([&answer] { answer = digestOf(DigestKind::md5, "message digest"); });
         }

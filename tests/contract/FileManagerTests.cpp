@@ -6,7 +6,7 @@
 #include <map>
 #include <memory>
 
-#include "platform/linux/services/files/LinuxFileManager.h"
+#include "HostUnderTest.h"
 #include "tests/fakes/FakeFileManager.h"
 #include "tests/fakes/TemporaryFolder.h"
 
@@ -33,7 +33,7 @@ public:
 
 private:
     fakes::TemporaryFolder m_folder;
-    platform::linux_host::LinuxFileManager m_files;
+    host_under_test::FileManager m_files;
 };
 
 class FilesInMemory : public FileManagerUnderTest {
@@ -318,7 +318,7 @@ TEST_P(FileManagerContract, AppendsToAFileThatIsThereAndNeverMakesOne) {
     EXPECT_FALSE(files().fileExists(at("missing")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Linux, FileManagerContract, testing::Values(makeFiles<RealFiles>));
+INSTANTIATE_TEST_SUITE_P(Host, FileManagerContract, testing::Values(makeFiles<RealFiles>));
 INSTANTIATE_TEST_SUITE_P(InMemory, FileManagerContract, testing::Values(makeFiles<FilesInMemory>));
 
 }  // namespace

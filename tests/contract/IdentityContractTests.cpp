@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/linux/services/LinuxHost.h"
+#include "HostUnderTest.h"
 #include "tests/fakes/FakeIdentity.h"
 
 namespace {
@@ -8,8 +8,8 @@ namespace {
 // What every host's identity promises.
 class IdentityContract : public testing::TestWithParam<bool> {
 protected:
-    IdentityContract() { m_fake.homes = {{"ada", "/home/ada"}, {"root", "/root"}}; }
-    platform::Identity& identity() { return GetParam() ? *platform::linux_host::services().identity : m_fake; }
+    IdentityContract() { m_fake.homes = {{"ada", "/home/ada"}, {"root", host_under_test::superusersHome}}; }
+    platform::Identity& identity() { return GetParam() ? *host_under_test::services().identity : m_fake; }
 
 private:
     fakes::FakeIdentity m_fake;
@@ -20,7 +20,7 @@ TEST_P(IdentityContract, NamesTheUser) { EXPECT_FALSE(identity().userName().empt
 TEST_P(IdentityContract, GivesTheUserAnAbsoluteHome) { EXPECT_TRUE(identity().homeFolder().starts_with('/')); }
 
 TEST_P(IdentityContract, KnowsTheHomesOfAccounts) {
-    EXPECT_EQ(identity().homeFolderForUser("root"), "/root");
+    EXPECT_EQ(identity().homeFolderForUser("root"), host_under_test::superusersHome);
     EXPECT_TRUE(identity().homeFolderForUser(identity().userName()).value_or("").starts_with('/'));
 }
 
@@ -32,6 +32,6 @@ TEST_P(IdentityContract, KnowsNoHomeOfAnAccountThatDoesNotExist) {
 TEST_P(IdentityContract, NamesAConsoleUserOrNobodyButNeverAnEmptyName) { EXPECT_NE(identity().consoleUser(), ""); }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, IdentityContract, testing::Bool(),
-                         [](const auto& tested) { return tested.param ? "Linux" : "Fake"; });
+                         [](const auto& tested) { return tested.param ? host_under_test::name : "Fake"; });
 
 }  // namespace

@@ -3,8 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/linux/services/LinuxMainBundle.h"
-#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
+#include "HostUnderTest.h"
 #include "tests/fakes/FakeMainBundle.h"
 #include "tests/fakes/TemporaryFolder.h"
 
@@ -17,13 +16,17 @@ class MainBundleContract : public testing::TestWithParam<bool> {
 protected:
     MainBundleContract() {
         const std::string contents = m_folder / "Tiny.app/Contents";
-        for (const char* folder : {"/Linux", "/Resources/images"}) {
-            std::filesystem::create_directories(contents + folder);
+        const std::string programs = contents + "/" + host_under_test::programFolder;
+        for (const std::string& folder : {programs, contents + "/Resources/images"}) {
+            std::filesystem::create_directories(folder);
         }
-        std::ofstream(contents + "/Info.plist") << "{ CFBundleIdentifier = com.example.tiny; }";
+        std::ofstream(contents + "/Info.plist")
+            << "{ CFBundleIdentifier = com.example.tiny; CFBundleExecutable = Tiny; }";
+        std::ofstream(programs + "/Tiny") << "#!/bin/sh\n";
+        std::filesystem::permissions(programs + "/Tiny", std::filesystem::perms::owner_all);
         m_fake.bundle = m_folder / "Tiny.app";
         m_fake.resourcesFolder = contents + "/Resources";
-        m_fake.executable = contents + "/Linux/Tiny";
+        m_fake.executable = programs + "/Tiny";
         m_fake.info["CFBundleIdentifier"] = PropertyValue{std::string("com.example.tiny")};
         for (const char* name : {"Read Me", "images/a.b.png"}) {
             m_fake.resources[name] = m_fake.resourcesFolder + "/" + name;
@@ -37,14 +40,14 @@ protected:
 
 private:
     fakes::FakeMainBundle m_fake;
-    platform::linux_host::LinuxPropertyLists m_lists;
-    platform::linux_host::LinuxMainBundle m_real{m_lists, m_folder / "Tiny.app/Contents/Linux/Tiny"};
+    host_under_test::MainBundle m_real{m_folder / "Tiny.app", "Tiny"};
 };
 
 TEST_P(MainBundleContract, KnowsItsPlaces) {
     EXPECT_EQ(bundle().bundlePath(), m_folder / "Tiny.app");
     EXPECT_EQ(bundle().resourcePath(), m_folder / "Tiny.app/Contents/Resources");
-    EXPECT_EQ(bundle().executablePath(), m_folder / "Tiny.app/Contents/Linux/Tiny");
+    EXPECT_EQ(bundle().executablePath(),
+              m_folder / "Tiny.app/Contents" + "/" + host_under_test::programFolder + "/Tiny");
 }
 
 TEST_P(MainBundleContract, FindsResourcesByNameAndType) {
@@ -63,6 +66,6 @@ TEST_P(MainBundleContract, KnowsTheValuesOfItsInformation) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, MainBundleContract, testing::Bool(),
-                         [](const auto& tested) { return tested.param ? "Linux" : "Fake"; });
+                         [](const auto& tested) { return tested.param ? host_under_test::name : "Fake"; });
 
 }  // namespace

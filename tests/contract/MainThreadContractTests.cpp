@@ -8,6 +8,7 @@
 
 #include "platform/posix/MainQueue.h"
 #include "tests/fakes/FakeMainThread.h"
+#include "tests/fakes/JoiningThread.h"
 
 namespace {
 
@@ -25,7 +26,7 @@ TYPED_TEST_SUITE(AMainThread, Kinds);
 TYPED_TEST(AMainThread, KnowsItself) {
     EXPECT_TRUE(this->thread.isCurrent());
     bool elsewhere = true;
-    std::jthread([this, &elsewhere] { elsewhere = this->thread.isCurrent(); }).join();
+    fakes::JoiningThread([this, &elsewhere] { elsewhere = this->thread.isCurrent(); }).join();
     EXPECT_FALSE(elsewhere);
 }
 
@@ -47,7 +48,7 @@ TYPED_TEST(AMainThread, HasDoneTheWorkWhenTheWaitIsOver) {
     std::atomic<bool> over = false;
     bool done = false;
     bool seen = false;
-    std::jthread other([&] {
+    fakes::JoiningThread other([&] {
         this->thread.performAndWait([&done] {
             std::this_thread::sleep_for(20ms);
             done = true;
@@ -65,7 +66,7 @@ TYPED_TEST(AMainThread, HasDoneTheWorkWhenTheWaitIsOver) {
 TYPED_TEST(AMainThread, DoesWorkOnItself) {
     std::atomic<bool> over = false;
     std::thread::id where;
-    std::jthread other([&] {
+    fakes::JoiningThread other([&] {
         this->thread.performAndWait([&where] { where = std::this_thread::get_id(); });
         over = true;
     });
@@ -79,7 +80,7 @@ TYPED_TEST(AMainThread, DoesWorkOnItself) {
 TYPED_TEST(AMainThread, KeepsTheOrderOfOneThread) {
     std::string order;
     std::atomic<bool> over = false;
-    std::jthread other([&] {
+    fakes::JoiningThread other([&] {
         this->thread.perform([&order] { order += "1"; });
         this->thread.perform([&order] { order += "2"; });
         this->thread.performAndWait([&order] { order += "3"; });
@@ -100,7 +101,7 @@ TYPED_TEST(AMainThread, WaitsASliceForAnEvent) {
 
 TYPED_TEST(AMainThread, DoesNotSleepThroughWorkThatComes) {
     bool done = false;
-    std::jthread other([&] {
+    fakes::JoiningThread other([&] {
         std::this_thread::sleep_for(20ms);
         this->thread.perform([&done] { done = true; });
     });

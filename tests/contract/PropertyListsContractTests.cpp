@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/linux/services/LinuxHost.h"
+#include "HostUnderTest.h"
 
 namespace {
 
@@ -8,7 +8,7 @@ using platform::PropertyArray;
 using platform::PropertyDictionary;
 using platform::PropertyValue;
 
-platform::PropertyLists& lists() { return *platform::linux_host::services().propertyLists; }
+platform::PropertyLists& lists() { return *host_under_test::services().propertyLists; }
 
 // What every host's property lists promise.
 TEST(PropertyListsContract, ReadBackWhatTheyWrote) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/services/LinuxHost.h"
+#include "HostUnderTest.h"
 #include "tests/fakes/FakeStandardFolders.h"
 
 namespace {
@@ -19,7 +19,7 @@ protected:
         m_fake.paths[{FolderKind::library, FolderDomain::system}] = {"/System/Library"};
         m_fake.cache = "/home/ada/.cache";
     }
-    platform::StandardFolders& folders() { return GetParam() ? *platform::linux_host::services().folders : m_fake; }
+    platform::StandardFolders& folders() { return GetParam() ? *host_under_test::services().folders : m_fake; }
 
 private:
     fakes::FakeStandardFolders m_fake;
@@ -54,6 +54,6 @@ TEST_P(StandardFoldersContract, HasACacheFolderOfTheSystem) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, StandardFoldersContract, testing::Bool(),
-                         [](const auto& tested) { return tested.param ? "Linux" : "Fake"; });
+                         [](const auto& tested) { return tested.param ? host_under_test::name : "Fake"; });
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "platform/linux/services/LinuxHost.h"
+#include "HostUnderTest.h"
 #include "tests/fakes/FakeSystemInfo.h"
 #include "tests/fakes/ScopedEnvironment.h"
 
@@ -12,7 +12,7 @@ namespace {
 class SystemInfoContract : public testing::TestWithParam<bool> {
 protected:
     SystemInfoContract() { m_fake.environment["WICKFIELD_TEST_VARIABLE"] = ""; }
-    platform::SystemInfo& system() { return GetParam() ? *platform::linux_host::services().system : m_fake; }
+    platform::SystemInfo& system() { return GetParam() ? *host_under_test::services().system : m_fake; }
 
 private:
     fakes::ScopedEnvironment m_variable{"WICKFIELD_TEST_VARIABLE", ""};
@@ -43,6 +43,6 @@ TEST_P(SystemInfoContract, KnowsTheMachine) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, SystemInfoContract, testing::Bool(),
-                         [](const auto& tested) { return tested.param ? "Linux" : "Fake"; });
+                         [](const auto& tested) { return tested.param ? host_under_test::name : "Fake"; });
 
 }  // namespace

@@ -1,12 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "platform/linux/services/LinuxUserDefaults.h"
-#include "platform/linux/services/files/LinuxFileManager.h"
-#include "platform/linux/services/propertylists/LinuxPropertyLists.h"
-#include "tests/fakes/FakeIdentity.h"
-#include "tests/fakes/FakeMainBundle.h"
+#include "HostUnderTest.h"
 #include "tests/fakes/FakeUserDefaults.h"
-#include "tests/fakes/TemporaryFolder.h"
 
 namespace {
 
@@ -15,16 +10,10 @@ using platform::PropertyValue;
 // What every host's user defaults promise.
 class UserDefaultsContract : public testing::TestWithParam<bool> {
 protected:
-    UserDefaultsContract() { m_identity.home = m_home.path(); }
-    platform::UserDefaults& defaults() { return GetParam() ? static_cast<platform::UserDefaults&>(m_real) : m_fake; }
+    platform::UserDefaults& defaults() { return GetParam() ? m_real.get() : m_fake; }
 
 private:
-    fakes::TemporaryFolder m_home;
-    fakes::FakeIdentity m_identity;
-    fakes::FakeMainBundle m_bundle;
-    platform::linux_host::LinuxFileManager m_files;
-    platform::linux_host::LinuxPropertyLists m_lists;
-    platform::linux_host::LinuxUserDefaults m_real{{m_files, m_lists, m_bundle, m_identity}};
+    host_under_test::UserDefaults m_real;
     fakes::FakeUserDefaults m_fake;
 };
 
@@ -48,6 +37,6 @@ TEST_P(UserDefaultsContract, HoldValuesOfAnyKindUnderAnyKey) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, UserDefaultsContract, testing::Bool(),
-                         [](const auto& tested) { return tested.param ? "Linux" : "Fake"; });
+                         [](const auto& tested) { return tested.param ? host_under_test::name : "Fake"; });
 
 }  // namespace

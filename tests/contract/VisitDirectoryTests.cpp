@@ -8,7 +8,7 @@
 #include <memory>
 #include <tuple>
 
-#include "platform/linux/services/files/LinuxFileManager.h"
+#include "HostUnderTest.h"
 #include "tests/fakes/FailingFileManager.h"
 #include "tests/fakes/TemporaryFolder.h"
 
@@ -37,23 +37,27 @@ protected:
     fakes::TemporaryFolder disk;
 
 private:
-    platform::linux_host::LinuxFileManager m_own;
+    host_under_test::FileManager m_own;
     fakes::FailingFileManager m_byOthers{m_own};
 };
 
 TEST_P(VisitingAFolder, TellsNamesTypesAndSizes) {
     add("file", "12345");
-    add(".hidden\n\xff", "1");
+    add(host_under_test::strangeName, "1");
     std::filesystem::create_directory(disk / "folder");
     std::filesystem::create_symlink("file", disk / "link");
     EXPECT_THAT(visited(disk.path(), VisitSizes::yes),
-                UnorderedElementsAre(Entry("file", FileType::regular, 5), Entry(".hidden\n\xff", FileType::regular, 1),
+                UnorderedElementsAre(Entry("file", FileType::regular, 5),
+                                     Entry(host_under_test::strangeName, FileType::regular, 1),
                                      Entry("folder", FileType::folder, 0), Entry("link", FileType::symbolicLink, 4)));
 }
 
 TEST_P(VisitingAFolder, TellsNoSizesUnlessAskedFor) {
     add("file", "12345");
-    EXPECT_THAT(visited(disk.path(), VisitSizes::no), UnorderedElementsAre(Entry("file", FileType::regular, 0)));
+    // A listing need not tell of what type an item is.
+    const bool own = std::string(GetParam()) == "HostsOwnWay";
+    const FileType type = own ? FileType::regular : files().contentsOfDirectory(disk.path())->front().type;
+    EXPECT_THAT(visited(disk.path(), VisitSizes::no), UnorderedElementsAre(Entry("file", type, 0)));
 }
 
 TEST_P(VisitingAFolder, KeepsTheOrderOfTheListing) {

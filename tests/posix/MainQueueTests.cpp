@@ -31,6 +31,16 @@ TEST(MainQueue, ServesAllThatIsWaitingInOrder) {
     EXPECT_EQ(order, "abc");
 }
 
+TEST(MainQueue, TellsHowMuchWorkNobodyHasBegun) {
+    MainQueue queue;
+    std::vector<std::size_t> seen{queue.waiting()};
+    queue.perform([&] { seen.push_back(queue.waiting()); });
+    queue.perform([&] { seen.push_back(queue.waiting()); });
+    seen.push_back(queue.waiting());
+    queue.serve();
+    EXPECT_EQ(seen, (std::vector<std::size_t>{0, 2, 1, 0}));
+}
+
 TEST(MainQueue, LeavesWorkThatIsAddedMeanwhileForTheNextTime) {
     MainQueue queue;
     int runs = 0;

@@ -1,0 +1,13 @@
+// Work of C++ that AppKit starts.
+#pragma once
+
+#include <functional>
+
+namespace platform::macos {
+
+// Runs the work; none is nothing to do. An exception that leaves it ends the program, as nothing of Objective-C's could
+// catch it.
+void callOut(const std::function<void()>& work) noexcept;
+void callOut(const std::function<void(long)>& work, long value) noexcept;
+
+}  // namespace platform::macos

@@ -1,0 +1,59 @@
+#import "platform/macos/appkit/ViewParts.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace platform::macos {
+
+namespace {
+
+constexpr CGFloat leastButtonWidth = 84;
+constexpr CGFloat tallest = 10000;
+
+}  // namespace
+
+NSTextField* addLabel(NSView* view, NSString* text, NSFont* font) {
+    NSTextField* const label = [[[NSTextField alloc] initWithFrame:NSZeroRect] autorelease];
+    [label setBezeled:NO];
+    [label setBordered:NO];
+    [label setDrawsBackground:NO];
+    [label setEditable:NO];
+    [label setSelectable:NO];
+    [label setFont:font];
+    [label setTextColor:[NSColor controlTextColor]];
+    [[label cell] setLineBreakMode:NSLineBreakByTruncatingTail];
+    [[label cell] setUsesSingleLineMode:YES];
+    [label setStringValue:text];
+    [view addSubview:label];
+    return label;
+}
+
+NSTextField* addWrappingLabel(NSView* view, NSString* text, NSFont* font) {
+    NSTextField* const label = addLabel(view, text, font);
+    [[label cell] setUsesSingleLineMode:NO];
+    [[label cell] setWraps:YES];
+    [[label cell] setLineBreakMode:NSLineBreakByWordWrapping];
+    return label;
+}
+
+NSButton* addButton(NSView* view, NSString* title, NSString* keyEquivalent) {
+    NSButton* const button = [[[NSButton alloc] initWithFrame:NSZeroRect] autorelease];
+    [button setButtonType:NSButtonTypeMomentaryPushIn];
+    [button setBezelStyle:NSBezelStyleRounded];
+    [button setTitle:title];
+    [button setKeyEquivalent:keyEquivalent];
+    [view addSubview:button];
+    return button;
+}
+
+CGFloat widthOf(NSTextField* label) { return std::ceil([[label cell] cellSize].width); }
+
+CGFloat widthOf(NSButton* button) { return std::max(leastButtonWidth, std::ceil([[button cell] cellSize].width)); }
+
+CGFloat heightOf(NSControl* control) { return std::ceil([[control cell] cellSize].height); }
+
+CGFloat heightOf(NSTextField* label, CGFloat width) {
+    return std::ceil([[label cell] cellSizeForBounds:NSMakeRect(0, 0, std::max<CGFloat>(width, 1), tallest)].height);
+}
+
+}  // namespace platform::macos

@@ -1,0 +1,18 @@
+// Copying and moving an item.
+#pragma once
+
+#include <string>
+
+namespace platform::macos {
+
+// What gives an item its place where the file system cannot rename without replacing: 0 or an errno.
+using PlainMove = int (*)(const std::string& from, const std::string& to);
+
+// As FileManager::copyItem, 0 or an errno. Where the file system can, files share their blocks with the original until
+// either is written to.
+int copyWithoutReplacing(const std::string& source, const std::string& destination, PlainMove plainMove);
+
+// As FileManager::moveItem, 0 or an errno.
+int moveWithoutReplacing(const std::string& source, const std::string& destination, PlainMove plainMove);
+
+}  // namespace platform::macos

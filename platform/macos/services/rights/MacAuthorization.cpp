@@ -1,0 +1,139 @@
+#include "platform/macos/services/rights/MacAuthorization.h"
+
+#include <Security/Authorization.h>
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace platform::macos {
+
+namespace {
+
+struct MacAuthorizationRef : AuthorizationRef {
+    explicit MacAuthorizationRef(::AuthorizationRef held) : ref(held) {}
+    ~MacAuthorizationRef() override { ::AuthorizationFree(ref, kAuthorizationFlagDefaults); }
+    MacAuthorizationRef(const MacAuthorizationRef&) = delete;
+    MacAuthorizationRef& operator=(const MacAuthorizationRef&) = delete;
+
+    ::AuthorizationRef const ref;
+};
+
+// The name and the password, without their ends; lives no longer than they do.
+class Environment {
+public:
+    explicit Environment(const std::optional<Credentials>& credentials) {
+        if (!credentials) {
+            return;
+        }
+        m_items = {item(kAuthorizationEnvironmentUsername, credentials->user),
+                   item(kAuthorizationEnvironmentPassword, credentials->password)};
+        m_set = {.count = static_cast<UInt32>(m_items.size()), .items = m_items.data()};
+    }
+    Environment(const Environment&) = delete;
+    Environment& operator=(const Environment&) = delete;
+
+    const AuthorizationEnvironment* get() const { return m_set.count == 0 ? nullptr : &m_set; }
+
+private:
+    // The call only reads what it is given.
+    static AuthorizationItem item(const char* name, const std::string& value) {
+        return {.name = name,
+                .valueLength = value.size(),
+                .value = const_cast<char*>(value.data()),  // NOLINT(cppcoreguidelines-pro-type-const-cast)
+                .flags = 0};
+    }
+
+    std::array<AuthorizationItem, 2> m_items{};
+    AuthorizationEnvironment m_set{};
+};
+
+bool holdsNul(const std::string& text) { return text.find('\0') != std::string::npos; }
+
+bool holdsNul(const std::optional<Credentials>& credentials) {
+    return credentials && (holdsNul(credentials->user) || holdsNul(credentials->password));
+}
+
+using ExecuteWithPrivileges = OSStatus (*)(::AuthorizationRef, const char*, AuthorizationFlags, char* const*,
+                                           std::FILE**);
+
+// Looked up, as the system may drop it some day; null then.
+ExecuteWithPrivileges executeWithPrivileges() {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): dlsym has one type for all
+    return reinterpret_cast<ExecuteWithPrivileges>(::dlsym(RTLD_DEFAULT, "AuthorizationExecuteWithPrivileges"));
+}
+
+void drainAndClose(std::FILE* stream) {
+    while (std::fgetc(stream) != EOF) {
+    }
+    std::fclose(stream);
+}
+
+::AuthorizationRef systemsOwn(AuthorizationRef& ref) { return static_cast<MacAuthorizationRef&>(ref).ref; }
+
+}  // namespace
+
+int MacAuthorization::create(const std::optional<Credentials>& credentials, std::unique_ptr<AuthorizationRef>& made) {
+    if (holdsNul(credentials)) {
+        return errAuthorizationInvalidSet;
+    }
+    const Environment environment(credentials);
+    ::AuthorizationRef ref = nullptr;
+    const OSStatus status = ::AuthorizationCreate(nullptr, environment.get(), kAuthorizationFlagDefaults, &ref);
+    if (status == errAuthorizationSuccess) {
+        made = std::make_unique<MacAuthorizationRef>(ref);
+    }
+    return status;
+}
+
+int MacAuthorization::copyRights(AuthorizationRef& ref, const std::string& right,
+                                 const std::optional<Credentials>& credentials, Interaction interaction) {
+    if (holdsNul(credentials) || holdsNul(right)) {
+        return errAuthorizationInvalidSet;
+    }
+    AuthorizationItem item{.name = right.c_str(), .valueLength = 0, .value = nullptr, .flags = 0};
+    const AuthorizationRights rights{.count = 1, .items = &item};
+    AuthorizationFlags flags = kAuthorizationFlagExtendRights | kAuthorizationFlagPreAuthorize;
+    if (interaction == Interaction::allowed) {
+        flags |= kAuthorizationFlagInteractionAllowed;
+    }
+    const Environment environment(credentials);
+    return ::AuthorizationCopyRights(systemsOwn(ref), &rights, environment.get(), flags, nullptr);
+}
+
+int MacAuthorization::execute(AuthorizationRef& ref, const std::string& tool, const std::vector<std::string>& arguments,
+                              bool drain) {
+    const ExecuteWithPrivileges call = executeWithPrivileges();
+    if (call == nullptr) {
+        return errAuthorizationToolExecuteFailure;
+    }
+    if (holdsNul(tool) || std::ranges::any_of(arguments, [](const std::string& text) { return holdsNul(text); })) {
+        return errAuthorizationInvalidSet;
+    }
+    std::vector<std::string> texts = arguments;
+    std::vector<char*> list;
+    list.reserve(texts.size() + 1);
+    for (std::string& text : texts) {
+        list.push_back(text.data());
+    }
+    list.push_back(nullptr);
+    std::FILE* stream = nullptr;
+    const OSStatus status =
+        call(systemsOwn(ref), tool.c_str(), kAuthorizationFlagDefaults, list.data(), drain ? &stream : nullptr);
+    if (status == errAuthorizationSuccess && stream != nullptr) {
+        drainAndClose(stream);
+    }
+    return status;
+}
+
+std::unique_ptr<AuthorizationRef> MacAuthorization::copyPrivilegedReference() {
+    ::AuthorizationRef ref = nullptr;
+    const OSStatus status = ::AuthorizationCopyPrivilegedReference(&ref, kAuthorizationFlagDefaults);
+    if (status != errAuthorizationSuccess || ref == nullptr) {
+        return nullptr;
+    }
+    return std::make_unique<MacAuthorizationRef>(ref);
+}
+
+}  // namespace platform::macos
