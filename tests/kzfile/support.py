@@ -23,7 +23,7 @@ class KzfileCase(unittest.TestCase):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kzfile-test."))
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.home = self.folder / "home"
-        self.work = self.folder / "work"
+        self.work = self.folder / "desk"
         self.home.mkdir()
         self.work.mkdir()
         self.environment = {"HOME": str(self.home), "PATH": os.environ["PATH"], "LANG": "C.UTF-8", "TZ": "UTC",

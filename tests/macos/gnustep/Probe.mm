@@ -324,11 +324,15 @@ namespace probe {
 
 void start(const platform::Outlets& outlets) {
     shown = outlets;
-    std::thread([] {
-        for (std::string line; std::getline(std::cin, line);) {
-            std::cout << answerTo(line) << std::endl;
-        }
-    }).detach();
+    // Not before the event loop runs: two threads that are each the first to use some class can wait for each other in
+    // GNUstep's runtime for ever.
+    platform::host().mainThread->perform([] {
+        std::thread([] {
+            for (std::string line; std::getline(std::cin, line);) {
+                std::cout << answerTo(line) << std::endl;
+            }
+        }).detach();
+    });
 }
 
 }  // namespace probe
