@@ -76,6 +76,16 @@ class Installer:
             raise AssertionError(f"{command}: no answer within {seconds} s; {self.told()}")
         return json.loads(self._process.stdout.readline())
 
+    def answers(self, seconds=20):
+        """Whether the event loop runs: nothing is answered before. GNUstep's start hangs now and then, say once in
+        a thousand times, where many programs are started at once."""
+        try:
+            self._process.stdin.write(b"state\n")
+            self._process.stdin.flush()
+        except BrokenPipeError:
+            return False
+        return bool(select.select([self._process.stdout], [], [], seconds)[0] and self._process.stdout.readline())
+
     def state(self):
         return self.ask("state")
 

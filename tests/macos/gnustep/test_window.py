@@ -14,6 +14,7 @@ SETTINGS = {"KZPluginName": "Larkspur Reverb", "KZPluginVersion": "2.4.1", "KZPl
             "KZBgImagePath": "Background.png"}
 AGREEMENT = {"KZEULAPath": "Agreement.rtf"}
 LEAKED = 23
+STARTS = 3
 
 
 def sample(name):
@@ -42,8 +43,13 @@ class WindowCase(unittest.TestCase):
                               [sample("Background.png"), sample("Agreement.rtf"), *resources], tree)
         if prepare:
             prepare(program.parents[1] / "Resources")
-        self.installer = Installer(program, self.display, self.folder / "home", environment or {}, arguments)
-        self.addCleanup(self.installer.close)
+        for attempt in range(STARTS):
+            self.installer = Installer(program, self.display, self.folder / f"home{attempt}", environment or {}, arguments)
+            self.addCleanup(self.installer.close)
+            if not wait or attempt == STARTS - 1 or self.installer.answers():
+                break
+            print("GNUstep did not get its event loop going; once more")
+            self.installer.close()
         if wait:
             return self.installer.wait("the window", lambda state: state["installer"]["visible"])["installer"]
         return None
