@@ -66,7 +66,7 @@ class CommandLine(support.KzfileCase):
     def test_an_empty_name_is_a_usage_error_of_every_command(self):
         for command in COMMANDS:
             self.assert_fails(self.run_kzfile(command, "", ""), 2)
-        self.assertEqual(self.names_in(self.folder), ["home", "desk"])
+        self.assertEqual(self.names_in(self.folder), ["desk", "home"])
 
     def test_a_name_too_many_is_a_usage_error(self):
         self.assert_fails(self.run_kzfile("unique", "a", "b"), 2, "b")
