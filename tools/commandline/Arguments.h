@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace kzfile {
+namespace commandline {
 
 // "-a SHA1", "-aSHA1", "--algorithm SHA1" and "--algorithm=SHA1" are the same, and "-zq" is "-z -q". Options and
 // operands come in any order; "--" ends the options, and "-" alone is an operand.
@@ -32,13 +32,14 @@ public:
 
     bool has(const std::string& word) const { return m_values.contains(word); }
     std::optional<std::string> value(const std::string& word) const;  // of an option given twice, the latter
+    std::vector<std::string> values(const std::string& word) const;   // of an option that may be repeated, in order
     const std::vector<std::string>& operands() const { return m_operands; }
 
 private:
     class Reader;
 
-    std::map<std::string, std::string> m_values;  // by the options' words
+    std::map<std::string, std::vector<std::string>> m_values;  // by the options' words
     std::vector<std::string> m_operands;
 };
 
-}  // namespace kzfile
+}  // namespace commandline

@@ -1,4 +1,4 @@
-#include "tools/kzfile/Interruption.h"
+#include "tools/commandline/Interruption.h"
 
 #include <signal.h>
 
@@ -9,7 +9,7 @@
 #include <thread>
 #include <utility>
 
-namespace kzfile {
+namespace commandline {
 
 namespace {
 
@@ -81,4 +81,4 @@ bool isInterrupted() noexcept { return caught != 0; }
 
 int interruptionCode() noexcept { return codeOfSignal + caught; }
 
-}  // namespace kzfile
+}  // namespace commandline

@@ -1,4 +1,4 @@
-#include "tools/kzfile/Streams.h"
+#include "tools/commandline/Streams.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -11,10 +11,11 @@
 
 #include "platform/linux/services/ConsoleText.h"
 
-namespace kzfile {
+namespace commandline {
 
 namespace {
 
+const char* programName = "";
 bool startedWithoutOutput = false;
 bool printedAnything = false;
 int writeError = 0;
@@ -35,7 +36,10 @@ std::string inRed(std::string_view text) { return "\033[31m" + std::string(text)
 
 }  // namespace
 
-void noteStreams() { startedWithoutOutput = ::fcntl(STDOUT_FILENO, F_GETFD) < 0; }
+void noteStreams(const char* program) {
+    programName = program;
+    startedWithoutOutput = ::fcntl(STDOUT_FILENO, F_GETFD) < 0;
+}
 
 bool isErrorTerminal() { return isTerminal(STDERR_FILENO); }
 
@@ -67,8 +71,9 @@ std::string nameForOutput(const std::string& name) {
 }
 
 void printError(const std::string& message) {
-    const std::string name = mayColour(STDERR_FILENO) ? inRed("kzfile:") : "kzfile:";
-    printErrorAsItIs(name + ' ' + platform::linux_host::consoleLine(message) + '\n');
+    const std::string name = std::string(programName) + ':';
+    printErrorAsItIs((mayColour(STDERR_FILENO) ? inRed(name) : name) + ' ' +
+                     platform::linux_host::consoleLine(message) + '\n');
 }
 
 void printErrorAsItIs(std::string_view text) { (void)std::fwrite(text.data(), 1, text.size(), stderr); }
@@ -87,4 +92,4 @@ bool finishOutput() {
     return writeError == 0;
 }
 
-}  // namespace kzfile
+}  // namespace commandline

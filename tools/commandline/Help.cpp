@@ -1,16 +1,12 @@
-#include "tools/kzfile/Help.h"
+#include "tools/commandline/Help.h"
 
 #include <algorithm>
-#include <array>
 
-#include "tools/kzfile/Streams.h"
+#include "tools/commandline/Streams.h"
 
-namespace kzfile {
+namespace commandline {
 
 namespace {
-
-const std::array allCommands{&hashCommand,     &copyCommand,       &trashCommand,    &expandCommand, &uniqueCommand,
-                             &compressCommand, &decompressCommand, &metadataCommand, &sizeCommand,   &waitCommand};
 
 std::string row(const std::string& left, const std::string& right, std::size_t width) {
     return "  " + left + std::string(std::max(width, left.size()) - left.size() + 2, ' ') + right + '\n';
@@ -26,9 +22,10 @@ std::string heading(const char* text) { return boldForOutput(text); }
 
 }  // namespace
 
-const Command* findCommand(const std::string& name) {
-    const auto found = std::ranges::find_if(allCommands, [&](const Command* command) { return name == command->name; });
-    return found == allCommands.end() ? nullptr : *found;
+const Command* findCommand(const Program& program, const std::string& name) {
+    const auto found =
+        std::ranges::find_if(program.commands, [&](const Command* command) { return name == command->name; });
+    return found == program.commands.end() ? nullptr : *found;
 }
 
 std::vector<Option> optionsOf(const Command& command) {
@@ -37,29 +34,27 @@ std::vector<Option> optionsOf(const Command& command) {
     return options;
 }
 
-std::string generalHelp() {
-    std::string text = heading("usage:") + " kzfile COMMAND [OPTION]... NAME...\n       kzfile COMMAND --help\n\n" +
-                       heading("commands:") + '\n';
-    for (const Command* const command : allCommands) {
+std::string generalHelp(const Program& program) {
+    const std::string name = program.name;
+    std::string text = heading("usage:") + ' ' + name + " COMMAND [OPTION]... NAME...\n       " + name +
+                       " COMMAND --help\n\n" + heading("commands:") + '\n';
+    for (const Command* const command : program.commands) {
         text += row(command->name, command->summary, 10);
     }
     text += '\n' + heading("options:") + '\n';
     text += row("-h, --help", "this text", 10);
     text += row("--version", "the version", 10);
-    return text +
-           "\nOptions and names come in any order; after \"--\" everything is a name.\n"
-           "The exit status is 0 when all was done, 1 when something failed, 2 for a command line\n"
-           "that makes no sense and 130 after Ctrl-C.\n";
+    return text + '\n' + program.notes;
 }
 
-std::string helpFor(const Command& command) {
+std::string helpFor(const Program& program, const Command& command) {
     const auto options = optionsOf(command);
     std::size_t width = 0;
     for (const Option& option : options) {
         width = std::max(width, spelling(option).size());
     }
-    std::string text =
-        heading("usage:") + " kzfile " + command.name + " [OPTION]... " + command.arguments + "\n\n" + command.help;
+    std::string text = heading("usage:") + ' ' + program.name + ' ' + command.name + " [OPTION]... " +
+                       command.arguments + "\n\n" + command.help;
     text += '\n' + heading("options:") + '\n';
     for (const Option& option : options) {
         text += row(spelling(option), option.text, width);
@@ -67,4 +62,4 @@ std::string helpFor(const Command& command) {
     return text;
 }
 
-}  // namespace kzfile
+}  // namespace commandline

@@ -7,10 +7,11 @@
 #include <string>
 #include <string_view>
 
-namespace kzfile {
+namespace commandline {
 
 // Before anything is opened: which streams the program was started without. Output that is lost counts as a failure.
-void noteStreams();
+// The program's name, which is kept, stands in front of every error.
+void noteStreams(const char* program);
 
 bool isErrorTerminal();
 std::size_t errorTerminalWidth();  // columns; 80 when it does not say
@@ -29,4 +30,4 @@ void printErrorAsItIs(std::string_view text);  // for what moves the cursor
 // Whether all that was printed has arrived; says so if not, unless the reader has simply gone.
 bool finishOutput();
 
-}  // namespace kzfile
+}  // namespace commandline

@@ -1,8 +1,8 @@
-#include "tools/kzfile/Arguments.h"
+#include "tools/commandline/Arguments.h"
 
 #include <algorithm>
 
-namespace kzfile {
+namespace commandline {
 
 class Arguments::Reader {
 public:
@@ -60,7 +60,7 @@ private:
             }
             value = m_words[m_next++];
         }
-        m_arguments.m_values[option.word] = value.value_or("");
+        m_arguments.m_values[option.word].push_back(value.value_or(""));
     }
 
     Arguments& m_arguments;
@@ -75,7 +75,12 @@ Arguments::Arguments(const std::vector<std::string>& words, std::span<const Opti
 
 std::optional<std::string> Arguments::value(const std::string& word) const {
     const auto found = m_values.find(word);
-    return found == m_values.end() ? std::nullopt : std::optional(found->second);
+    return found == m_values.end() ? std::nullopt : std::optional(found->second.back());
 }
 
-}  // namespace kzfile
+std::vector<std::string> Arguments::values(const std::string& word) const {
+    const auto found = m_values.find(word);
+    return found == m_values.end() ? std::vector<std::string>() : found->second;
+}
+
+}  // namespace commandline

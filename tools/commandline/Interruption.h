@@ -3,7 +3,7 @@
 
 #include <functional>
 
-namespace kzfile {
+namespace commandline {
 
 // Before any other thread is started. From then on SIGINT, SIGTERM and SIGHUP, but for those that the program was
 // started to ignore, end the program at once with 128 + their number, unless there is work to be tidied up.
@@ -23,4 +23,4 @@ public:
 bool isInterrupted() noexcept;    // any thread
 int interruptionCode() noexcept;  // 128 + the number of the signal
 
-}  // namespace kzfile
+}  // namespace commandline
