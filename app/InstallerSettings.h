@@ -18,16 +18,6 @@ public:
     static constexpr const char* agreementKey = "KZEULAPath";
     static constexpr const char* removesBrandingKey = "removeBranding";
 
-    // Name and extension of the settings file among the bundle's resources, and its keys.
-    static constexpr const char* resourceName = "InstallerSettings";
-    static constexpr const char* resourceType = "plist";
-    static constexpr const char* pluginNameKey = "KZPluginName";
-    static constexpr const char* pluginVersionKey = "KZPluginVersion";
-    static constexpr const char* pluginAuthorKey = "KZPluginAuthor";
-    static constexpr const char* backgroundImageKey = "KZBgImagePath";
-    static constexpr const char* agreementKey = "KZEULAPath";
-    static constexpr const char* removesBrandingKey = "removeBranding";
-
     // Where the settings file lies; none when the bundle has none, which means that the installer is damaged.
     static std::optional<std::string> locate();
 
