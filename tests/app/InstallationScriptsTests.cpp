@@ -6,9 +6,9 @@ namespace {
 
 class Scripts : public AppFixture {
 protected:
-    std::string found(const std::string& name) {
-        const auto script = InstallationScripts::find(bundle.resourcesFolder, name);
-        return script ? script->path.substr(bundle.resourcesFolder.size() + 1) + " by " + script->interpreter : "none";
+    std::string found(const std::string& script) {
+        const auto result = InstallationScripts::find(bundle.resourcesFolder, script);
+        return result ? result->path.substr(bundle.resourcesFolder.size() + 1) + " by " + result->interpreter : "none";
     }
 };
 
@@ -30,8 +30,8 @@ TEST_F(Scripts, OfAnEarlierExtensionHideThoseOfLaterOnes) {
 }
 
 TEST_F(Scripts, OfOtherExtensionsAreNone) {
-    for (const auto* name : {"preinstall", "preinstall.py", "preinstall.SH", "Preinstall.sh"}) {
-        addResource(name, "");
+    for (const auto* each : {"preinstall", "preinstall.py", "preinstall.SH", "Preinstall.sh"}) {
+        addResource(each, "");
     }
     EXPECT_EQ(found(InstallationScripts::before), "none");
 }

@@ -71,8 +71,8 @@ TEST_F(Tree, NeedsNobodyToTell) {
 }
 
 TEST_F(Tree, IsLeftAtTheFirstItemThatIsRefused) {
-    for (const auto* name : {"a/one", "b/two", "c/d/three"}) {
-        write(tree() + "/" + name, "x");
+    for (const auto* each : {"a/one", "b/two", "c/d/three"}) {
+        write(tree() + "/" + each, "x");
     }
     int count = 0;
     EXPECT_FALSE(InstallationTree::visitItems(tree(), tree(), [&](const InstallationTree::Item&) {
