@@ -30,6 +30,11 @@ bool mayColour(int stream) {
     return isTerminal(stream) && (without == nullptr || *without == '\0');
 }
 
+std::size_t widthOf(int stream) {
+    winsize size{};
+    return ::ioctl(stream, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
 std::string inBold(std::string_view text) { return "\033[1m" + std::string(text) + "\033[0m"; }
 
 std::string inRed(std::string_view text) { return "\033[31m" + std::string(text) + "\033[0m"; }
@@ -43,12 +48,16 @@ void noteStreams(const char* program) {
 
 bool isErrorTerminal() { return isTerminal(STDERR_FILENO); }
 
-std::size_t errorTerminalWidth() {
-    winsize size{};
-    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
-}
+std::size_t errorTerminalWidth() { return widthOf(STDERR_FILENO); }
+
+std::size_t outputTerminalWidth() { return ::isatty(STDOUT_FILENO) == 1 ? widthOf(STDOUT_FILENO) : 0; }
 
 std::string boldForOutput(std::string_view text) { return mayColour(STDOUT_FILENO) ? inBold(text) : std::string(text); }
+
+std::string tintedForOutput(std::string_view text, Tint tint) {
+    return mayColour(STDOUT_FILENO) ? (tint == Tint::red ? "\033[1;31m" : "\033[1;33m") + std::string(text) + "\033[0m"
+                                    : std::string(text);
+}
 
 std::string outputSwatch(int red, int green, int blue) {
     if (!mayColour(STDOUT_FILENO)) {

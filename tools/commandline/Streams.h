@@ -16,8 +16,11 @@ void noteStreams(const char* program);
 bool isErrorTerminal();
 std::size_t errorTerminalWidth();  // columns; 80 when it does not say
 
+std::size_t outputTerminalWidth();  // columns; 80 when it does not say; 0 when it is no terminal
 std::string boldForOutput(std::string_view text);
-std::string outputSwatch(int red, int green, int blue);  // a block of that colour and a blank; "" without colour
+enum class Tint { red, yellow };
+std::string tintedForOutput(std::string_view text, Tint tint);  // and bold
+std::string outputSwatch(int red, int green, int blue);         // a block of that colour and a blank; "" without colour
 
 void print(std::string_view text);
 // A file's name as it is, on a terminal without what could act on it.

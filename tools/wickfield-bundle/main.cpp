@@ -7,7 +7,9 @@
 
 namespace {
 
-constexpr std::array<const commandline::Command*, 0> commands{};
+constexpr std::array<const commandline::Command*, 1> commands{
+    &wickfield_bundle::checkCommand,
+};
 
 constexpr commandline::Program program{
     .name = "wickfield-bundle",

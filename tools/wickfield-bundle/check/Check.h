@@ -2,23 +2,45 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "tools/wickfield-bundle/check/Finding.h"
 #include "tools/wickfield-bundle/check/Inventory.h"
 
 namespace wickfield_bundle {
 
-// What a rule may look at.
-struct CheckedBundle {
-    std::string path;             // of the bundle
-    Inventory contents;           // of the whole bundle; paths begin with "Contents/"
-    std::string treePrefix;       // "Contents/Resources/PluginStructure/"
-    std::string resourcesPrefix;  // "Contents/Resources/"
-
-    std::string fullPath(const std::string& place) const { return place.empty() ? path : path + "/" + place; }
+// What an installation puts in place as one, as the installer's own walk finds it.
+struct CheckedItem {
+    std::string place;        // of its source, from the bundle's folder; by way of a link it is in no inventory
+    std::string path;         // below the tree, as "/Library/x"; "x" at its very top
+    std::string destination;  // for a customer whose home is "/Users/user"
 };
 
-// Each adds its findings to the end. None throws for anything that a bundle can hold.
+// What a rule may look at.
+struct CheckedBundle {
+    std::string path;                     // of the bundle
+    Inventory contents;                   // of the whole bundle; paths begin with "Contents/"
+    std::string treePrefix;               // "Contents/Resources/PluginStructure/"
+    std::string resourcesPrefix;          // "Contents/Resources/"
+    std::vector<CheckedItem> items;       // in the order of their places
+    std::vector<CheckedItem> passedOver;  // what the walk leaves out, in the order of their places
+
+    std::string fullPath(const std::string& place) const { return place.empty() ? path : path + "/" + place; }
+    bool isInTree(std::string_view place) const { return place.starts_with(treePrefix); }
+
+    // The item that is at the place, or that holds it; null when there is none.
+    const CheckedItem* itemAt(std::string_view place) const;
+};
+
+// Whether an installer lies at the path: a folder "Name.app" with a folder "Contents". Why not, if it does not.
+bool isBundle(const std::string& path, std::string& whyNot);
+
+// Reads all that the rules look at. The path has to be a bundle's.
+CheckedBundle lookAt(const std::string& path);
+
+// Each adds its findings to the end. None throws for anything that a bundle can hold. They are called while the
+// bundle stands in for the program's own: host().bundle looks its resources up.
 void checkSettings(const CheckedBundle& bundle, Findings& findings);  // settings, agreement, background
 void checkScripts(const CheckedBundle& bundle, Findings& findings);
 void checkTree(const CheckedBundle& bundle, Findings& findings);  // top, skipped, placeholders, kinds of file
@@ -31,7 +53,7 @@ void checkSizes(const CheckedBundle& bundle, Findings& findings);
 void checkQuarantine(const CheckedBundle& bundle, Findings& findings);
 void checkLayout(const CheckedBundle& bundle, Findings& findings);  // what an installer's own parts have to be
 
-// All of them, by severity, then place, then rule. A path that is no bundle at all gives one error.
+// All of them, by severity, then place, then rule. A path that is no bundle at all gives one error, "not-a-bundle".
 Findings checkBundle(const std::string& path);
 
 }  // namespace wickfield_bundle

@@ -1,0 +1,114 @@
+#include "tools/wickfield-bundle/check/Check.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "app/InstallationTree.h"
+#include "app/UserPlaceholders.h"
+#include "lib/base/PathText.h"
+#include "platform/linux/services/LinuxMainBundle.h"
+#include "platform/ports/Host.h"
+#include "tools/wickfield-bundle/check/ModelCustomer.h"
+#include "tools/wickfield-bundle/check/Rules.h"
+
+namespace wickfield_bundle {
+
+namespace {
+
+CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& bundlePath) {
+    return {.place = item.source.substr(bundlePath.size() + 1),
+            .path = item.path,
+            .destination = UserPlaceholders::replaced(item.path).value_or(item.path)};
+}
+
+void walkTree(CheckedBundle& bundle) {
+    const platform::ScopedHost scope(hostOfModelCustomer());
+    const std::string tree = kz::appendPathComponent(bundle.path, InstallationTree::pathInBundle);
+    InstallationTree::visitItems(
+        tree, tree,
+        [&](const InstallationTree::Item& item) {
+            bundle.items.push_back(checkedItem(item, bundle.path));
+            return true;
+        },
+        [&](const InstallationTree::Item& item) { bundle.passedOver.push_back(checkedItem(item, bundle.path)); });
+    std::ranges::sort(bundle.items, comesBefore, &CheckedItem::place);
+    std::ranges::sort(bundle.passedOver, comesBefore, &CheckedItem::place);
+}
+
+void checkReading(const CheckedBundle& bundle, Findings& findings) {
+    for (const auto& [path, reason] : bundle.contents.unreadable) {
+        add(findings, "unreadable", path, "It cannot be looked at: " + reason + ".");
+    }
+    for (const std::string& path : bundle.contents.tooDeep) {
+        add(findings, "too-deep", path,
+            "Its path has " + std::to_string(path.size()) + " bytes; nothing that lies in it was looked at.");
+    }
+}
+
+void sort(Findings& findings) {
+    std::ranges::stable_sort(findings, [](const Finding& left, const Finding& right) {
+        if (left.severity != right.severity) {
+            return left.severity > right.severity;
+        }
+        return left.place != right.place ? comesBefore(left.place, right.place) : left.rule < right.rule;
+    });
+}
+
+}  // namespace
+
+const CheckedItem* CheckedBundle::itemAt(std::string_view place) const {
+    const auto after = std::ranges::upper_bound(items, place, comesBefore, &CheckedItem::place);
+    if (after == items.begin()) {
+        return nullptr;
+    }
+    const CheckedItem& item = *std::prev(after);
+    return item.place == place || liesWithin(place, item.place) ? &item : nullptr;
+}
+
+bool isBundle(const std::string& path, std::string& whyNot) {
+    auto& files = *platform::host().files;
+    if (!files.fileExists(path)) {
+        whyNot = "There is nothing of this name.";
+    } else if (!files.isFolder(path)) {
+        whyNot = "It is not a folder.";
+    } else if (!path.ends_with(".app")) {
+        whyNot = "Its name does not end in \".app\".";
+    } else if (!files.isFolder(path + "/Contents")) {
+        whyNot = "It has no folder \"Contents\".";
+    } else {
+        whyNot.clear();
+    }
+    return whyNot.empty();
+}
+
+CheckedBundle lookAt(const std::string& path) {
+    CheckedBundle bundle{.path = kz::appendPathComponent(path, ""),
+                         .contents = {},
+                         .treePrefix = InstallationTree::pathInBundle + std::string("/"),
+                         .resourcesPrefix = "Contents/Resources/",
+                         .items = {},
+                         .passedOver = {}};
+    bundle.contents = takeInventory(bundle.path);
+    walkTree(bundle);
+    return bundle;
+}
+
+Findings checkBundle(const std::string& path) {
+    Findings findings;
+    if (std::string whyNot; !isBundle(path, whyNot)) {
+        add(findings, "not-a-bundle", "", whyNot);
+        return findings;
+    }
+    // The name of the program does not matter: only where it would lie.
+    platform::linux_host::LinuxMainBundle resources(*platform::host().propertyLists, path + "/Contents/MacOS/-");
+    platform::Host host = platform::host();
+    host.bundle = &resources;
+    const platform::ScopedHost scope(host);
+
+    const CheckedBundle bundle = lookAt(path);
+    checkReading(bundle, findings);
+    sort(findings);
+    return findings;
+}
+
+}  // namespace wickfield_bundle
