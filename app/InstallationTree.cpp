@@ -29,8 +29,8 @@ struct Level {
 class Walk {
 public:
     Walk(const std::string& base, const std::function<bool(const Item&)>& visit,
-         const std::function<void(const Item&)>& passedOver)
-        : m_base(base), m_visit(visit), m_passedOver(passedOver) {}
+         const std::function<void(const Item&)>& passedOver, const std::function<bool(const std::string&)>& mayEnter)
+        : m_base(base), m_visit(visit), m_passedOver(passedOver), m_mayEnter(mayEnter) {}
 
     bool visitLevel(const Level& level) const {
         const auto entries = m_files.contentsOfDirectory(level.folder);
@@ -53,7 +53,7 @@ private:
             const auto identity = m_files.identity(source);
             // A link back to a folder on the way here is installed as the link that it is, or the walk would never end.
             if (!identity || !level.liesWithin(*identity)) {
-                return visitLevel({source, identity, &level});
+                return (m_mayEnter && !m_mayEnter(source)) || visitLevel({source, identity, &level});
             }
         }
         const bool hidden = entry.name.starts_with(".");
@@ -72,13 +72,16 @@ private:
     const std::string& m_base;
     const std::function<bool(const Item&)>& m_visit;
     const std::function<void(const Item&)>& m_passedOver;
+    const std::function<bool(const std::string&)>& m_mayEnter;
 };
 
 }  // namespace
 
 bool visitItems(const std::string& folder, const std::string& base, const std::function<bool(const Item&)>& visit,
-                const std::function<void(const Item&)>& passedOver) {
-    return Walk(base, visit, passedOver).visitLevel({folder, platform::host().files->identity(folder), nullptr});
+                const std::function<void(const Item&)>& passedOver,
+                const std::function<bool(const std::string&)>& mayEnter) {
+    return Walk(base, visit, passedOver, mayEnter)
+        .visitLevel({folder, platform::host().files->identity(folder), nullptr});
 }
 
 }  // namespace InstallationTree

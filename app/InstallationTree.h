@@ -20,7 +20,11 @@ struct Item {
 // for packages and for a link back to a folder on the way. Items whose names begin with "." are passed over,
 // `passedOver` (none: nobody is told) hears of them. Keeps one listing per level in memory. A folder that cannot be
 // read has no items.
+//
+// Links between folders can make a walk longer than anyone waits for. `mayEnter` (none: yes) is asked before each
+// folder below the first is read; one that it refuses has no items.
 bool visitItems(const std::string& folder, const std::string& base, const std::function<bool(const Item&)>& visit,
-                const std::function<void(const Item&)>& passedOver = {});
+                const std::function<void(const Item&)>& passedOver = {},
+                const std::function<bool(const std::string& folder)>& mayEnter = {});
 
 }  // namespace InstallationTree

@@ -99,6 +99,18 @@ TEST_F(Tree, HasWhatALinkToAnotherFolderLeadsTo) {
     EXPECT_EQ(seen, (Items{{"/linked/one", tree() + "/linked/one"}}));
 }
 
+TEST_F(Tree, HasNoItemsInAFolderThatIsNotToBeEntered) {
+    write(tree() + "/Library/a/one", "1");
+    write(tree() + "/Library/b/two", "2");
+    Items found;
+    const bool all = InstallationTree::visitItems(
+        tree(), tree(),
+        [&](const InstallationTree::Item& item) { return found.emplace(item.path, item.source).second; }, {},
+        [](const std::string& folder) { return !folder.ends_with("/a"); });
+    EXPECT_TRUE(all);
+    EXPECT_EQ(found, (Items{{"/Library/b/two", tree() + "/Library/b/two"}}));
+}
+
 TEST_F(Tree, HasNoItemsWhereThereIsNone) {
     visit(tree() + "/nowhere");
     EXPECT_TRUE(finished);
