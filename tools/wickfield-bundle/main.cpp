@@ -7,7 +7,8 @@
 
 namespace {
 
-constexpr std::array<const commandline::Command*, 1> commands{
+constexpr std::array<const commandline::Command*, 2> commands{
+    &wickfield_bundle::createCommand,
     &wickfield_bundle::checkCommand,
 };
 

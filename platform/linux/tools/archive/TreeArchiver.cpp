@@ -65,9 +65,9 @@ class TreeArchiver {
 public:
     using Tell = std::function<void(const std::string&)>;
 
-    TreeArchiver(int output, Spot spot, const Tell& tell)
+    TreeArchiver(int output, Spot spot, const Tell& tell, ClockTimes clock)
         : m_tell(tell),
-          m_writer(output),
+          m_writer(output, clock),
           m_spot(std::move(spot)),
           m_threads(std::clamp(std::thread::hardware_concurrency(), 1U, 16U)),
           m_line(m_threads) {
@@ -239,7 +239,7 @@ std::string nameOf(const std::string& source) {
 }  // namespace
 
 void archiveTree(const std::string& source, const std::string& archive, KeepParent keepParent,
-                 const std::function<void(const std::string&)>& tell) {
+                 const std::function<void(const std::string&)>& tell, ClockTimes clock) {
     struct stat status {};
     if (::stat(source.c_str(), &status) != 0) {
         failWithErrno("cannot read", source, errno);
@@ -249,7 +249,7 @@ void archiveTree(const std::string& source, const std::string& archive, KeepPare
         throw ToolFailure("“" + archive + "” would take the place of what it is to hold");
     }
     StagedFile output(archive);
-    TreeArchiver archiver(output.file(), spot, tell);
+    TreeArchiver archiver(output.file(), spot, tell, clock);
     if (S_ISDIR(status.st_mode)) {
         const posix::Descriptor folder(::open(source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!folder) {
