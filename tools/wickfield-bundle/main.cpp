@@ -7,9 +7,10 @@
 
 namespace {
 
-constexpr std::array<const commandline::Command*, 2> commands{
+constexpr std::array<const commandline::Command*, 3> commands{
     &wickfield_bundle::createCommand,
     &wickfield_bundle::checkCommand,
+    &wickfield_bundle::showCommand,
 };
 
 constexpr commandline::Program program{

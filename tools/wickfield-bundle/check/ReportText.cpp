@@ -8,21 +8,17 @@
 
 namespace wickfield_bundle {
 
-namespace {
-
-std::size_t widthOf(std::string_view word) {
+std::size_t columnsOf(std::string_view text) {
     std::size_t width = 0;
-    while (!word.empty()) {
-        const kz::DecodedCharacter character = kz::decodeCharacter(word);
+    while (!text.empty()) {
+        const kz::DecodedCharacter character = kz::decodeCharacter(text);
         const int columns =
             character.valid ? utf8proc_charwidth(static_cast<utf8proc_int32_t>(character.codePoint)) : 1;
         width += static_cast<std::size_t>(std::max(columns, 0));
-        word.remove_prefix(character.bytes);
+        text.remove_prefix(character.bytes);
     }
     return width;
 }
-
-}  // namespace
 
 std::string paragraph(std::string_view text, std::size_t indent, std::size_t columns) {
     const std::string margin(indent, ' ');
@@ -31,7 +27,7 @@ std::string paragraph(std::string_view text, std::size_t indent, std::size_t col
     while (!text.empty()) {
         const std::size_t end = std::min(text.find(' '), text.size());
         const std::string_view word = text.substr(0, end);
-        const std::size_t width = widthOf(word);
+        const std::size_t width = columnsOf(word);
         if (used == 0) {
             lines.append(margin);
             used = indent + width;

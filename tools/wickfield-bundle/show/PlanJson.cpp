@@ -1,0 +1,107 @@
+#include <nlohmann/json.hpp>
+
+#include "lib/base/Text.h"
+#include "tools/wickfield-bundle/show/PlanReport.h"
+#include "tools/wickfield-bundle/show/PlanText.h"
+
+namespace wickfield_bundle {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string dumped(const Json& json) { return json.dump(-1, ' ', true, Json::error_handler_t::replace); }
+
+bool isUTF8(std::string_view text) {
+    while (!text.empty()) {
+        const auto character = kz::decodeCharacter(text);
+        if (!character.valid) {
+            return false;
+        }
+        text.remove_prefix(character.bytes);
+    }
+    return true;
+}
+
+std::string hexadecimal(const std::string& bytes) {
+    std::string digits;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        digits += {"0123456789abcdef"[byte >> 4U], "0123456789abcdef"[byte & 0x0FU]};
+    }
+    return digits;
+}
+
+Json pathOrNull(const std::optional<std::string>& path) { return path ? Json(*path) : Json(nullptr); }
+
+Json jsonOf(const std::optional<PlannedScript>& script) {
+    return script ? Json{{"source", script->source}, {"interpreter", script->interpreter}, {"canRun", script->canRun}}
+                  : Json(nullptr);
+}
+
+Json jsonOf(const PlannedItem& item) {
+    Json json{{"source", item.source}};
+    if (!isUTF8(item.source)) {
+        json["sourceBytes"] = hexadecimal(item.source);
+    }
+    json["destination"] = pathOrNull(item.destination);
+    if (item.destination && !isUTF8(*item.destination)) {
+        json["destinationBytes"] = hexadecimal(*item.destination);
+    }
+    json["kind"] = nameOf(item.kind);
+    json["state"] = nameOf(item.state);
+    json["administrator"] = item.needsAdministrator;
+    json["reason"] = item.reason;
+    json["files"] = item.files;
+    json["bytes"] = item.bytes;
+    return json;
+}
+
+Json jsonOf(const std::string& path) { return path; }
+
+Json jsonOf(const PlanTotals& totals, std::size_t items) {
+    return {{"items", items},
+            {"new", totals.added},
+            {"replaced", totals.replaced},
+            {"refused", totals.refused},
+            {"unknown", totals.unknown},
+            {"administrator", totals.needAdministrator},
+            {"files", totals.files},
+            {"bytes", totals.bytes}};
+}
+
+// One element to a line, and never all of them in memory.
+template <typename Elements>
+void printArray(const char* name, const Elements& elements, const Printer& print) {
+    print(std::string("  \"") + name + "\": [");
+    const char* separator = "\n";
+    for (const auto& element : elements) {
+        print(separator + ("    " + dumped(jsonOf(element))));
+        separator = ",\n";
+    }
+    print(elements.empty() ? "],\n" : "\n  ],\n");
+}
+
+}  // namespace
+
+void printJson(const Plan& plan, const Printer& print) {
+    const auto member = [&](const char* name, const Json& value, const char* end = ",\n") {
+        print(std::string("  \"") + name + "\": " + dumped(value) + end);
+    };
+    print("{\n");
+    member("format", 1);
+    member("bundle", plan.bundle);
+    member("name", plan.name);
+    member("version", plan.version);
+    member("author", plan.author);
+    member("home", pathOrNull(plan.home));
+    member("preinstall", jsonOf(plan.before));
+    member("postinstall", jsonOf(plan.after));
+    printArray("items", plan.items, print);
+    printArray("folders", plan.folders, print);
+    printArray("passedOver", plan.passedOver, print);
+    member("totals", jsonOf(totalsOf(plan), plan.items.size()), "\n");
+    print("}\n");
+}
+
+}  // namespace wickfield_bundle

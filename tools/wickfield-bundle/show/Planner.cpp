@@ -1,0 +1,256 @@
+#include "tools/wickfield-bundle/show/Planner.h"
+
+#include <algorithm>
+
+#include "app/InstallationScripts.h"
+#include "app/InstallationTree.h"
+#include "app/InstallerSettings.h"
+#include "app/UserPlaceholders.h"
+#include "lib/KZLocalPaths.h"
+#include "lib/base/Format.h"
+#include "lib/base/PathText.h"
+#include "platform/linux/services/LinuxMainBundle.h"
+#include "platform/ports/Host.h"
+#include "tools/wickfield-bundle/check/Check.h"
+#include "tools/wickfield-bundle/check/Inventory.h"
+#include "tools/wickfield-bundle/show/PlannedDisk.h"
+#include "tools/wickfield-bundle/show/Rights.h"
+
+namespace wickfield_bundle {
+
+namespace {
+
+using InstallationTree::Item;
+using platform::FileType;
+
+// Links between folders can make a tree of them without an end.
+constexpr std::size_t mostSteps = 1'000'000;
+
+struct Measure {
+    std::uint64_t files = 0;
+    std::uint64_t bytes = 0;
+    std::string obstacle;  // to copying it with this user's rights; "" when there is none
+    bool holdsSpecials = false;
+};
+
+Measure measurePackage(const std::string& path) {
+    Measure measure;
+    const Inventory inventory = takeInventory(path);
+    for (const InventoryEntry& entry : inventory.entries) {
+        if (entry.type == FileType::folder) {
+            continue;
+        }
+        ++measure.files;
+        measure.bytes += entry.size;
+        measure.holdsSpecials = measure.holdsSpecials || entry.type == FileType::other;
+        if (entry.type == FileType::regular && measure.obstacle.empty() &&
+            rightToRead(path + "/" + entry.path) != Right::granted) {
+            measure.obstacle = "only an administrator may read " + entry.path + " in it";
+        }
+    }
+    if (!inventory.unreadable.empty() && measure.obstacle.empty()) {
+        measure.obstacle = "only an administrator may read " + inventory.unreadable.front().path + " in it";
+    }
+    if (measure.holdsSpecials && measure.obstacle.empty()) {
+        measure.obstacle = "it holds a pipe, socket or device, which only an administrator's copy takes";
+    }
+    return measure;
+}
+
+Measure measureItem(const std::string& path, ItemKind kind) {
+    if (kind == ItemKind::package) {
+        return measurePackage(path);
+    }
+    const auto attributes = platform::host().files->attributes(path);
+    Measure measure{.files = 1, .bytes = attributes ? attributes->size : 0, .obstacle = {}, .holdsSpecials = false};
+    if (kind == ItemKind::file && rightToRead(path) != Right::granted) {
+        measure.obstacle = "only an administrator may read it";
+    }
+    return measure;
+}
+
+ItemKind kindOf(const std::string& path) {
+    const auto attributes = platform::host().files->attributes(path);
+    switch (attributes ? attributes->type : FileType::regular) {
+        case FileType::folder:
+            return ItemKind::package;
+        case FileType::symbolicLink:
+            return ItemKind::link;
+        case FileType::other:
+            return ItemKind::special;
+        case FileType::regular:
+        case FileType::unknown:
+            break;
+    }
+    return ItemKind::file;
+}
+
+class Planner {
+public:
+    explicit Planner(Plan& plan) : m_plan(plan) {}
+
+    void walk() {
+        const std::string tree = kz::appendPathComponent(m_plan.bundle, InstallationTree::pathInBundle);
+        InstallationTree::visitItems(
+            tree, tree,
+            [this](const Item& item) {
+                take(item);
+                return true;
+            },
+            [this](const Item& item) {
+                countStep();
+                m_plan.passedOver.push_back(inBundle(item.source));
+            },
+            [this](const std::string& /*folder*/) {
+                countStep();
+                return true;
+            });
+        explainEarlyLinks();
+        m_plan.folders = m_disk.madeFolders();
+        std::ranges::sort(m_plan.folders, comesBefore);
+        std::ranges::sort(m_plan.passedOver, comesBefore);
+        std::ranges::sort(m_plan.items, [](const PlannedItem& left, const PlannedItem& right) {
+            const std::string& one = left.destination ? *left.destination : left.path;
+            const std::string& other = right.destination ? *right.destination : right.path;
+            return one != other ? comesBefore(one, other) : comesBefore(left.source, right.source);
+        });
+    }
+
+private:
+    std::string inBundle(const std::string& source) const { return source.substr(m_plan.bundle.size() + 1); }
+
+    void countStep() {
+        if (++m_steps > mostSteps) {
+            throw std::runtime_error("the tree has more than " + std::to_string(mostSteps) +
+                                     " items and folders; links between its folders can make it endless");
+        }
+    }
+
+    void take(const Item& item) {
+        countStep();
+        PlannedItem planned;
+        planned.source = inBundle(item.source);
+        planned.path = item.path;
+        planned.destination = UserPlaceholders::replaced(item.path);
+        planned.kind = kindOf(item.source);
+        const Measure measure = measureItem(item.source, planned.kind);
+        planned.files = measure.files;
+        planned.bytes = measure.bytes;
+        const auto verdict = verdictOn(item.source, planned);
+        planned.state = verdict.state;
+        planned.needsAdministrator = verdict.needsAdministrator;
+        planned.reason = verdict.reason;
+        if (planned.state != ItemState::refused && !measure.obstacle.empty()) {
+            planned.needsAdministrator = platform::host().identity->realUserID() != 0;
+            planned.reason = measure.obstacle;
+        }
+        m_plan.items.push_back(std::move(planned));
+    }
+
+    PlannedDisk::Verdict verdictOn(const std::string& source, const PlannedItem& item) {
+        if (!item.destination) {
+            return {.state = ItemState::refused,
+                    .needsAdministrator = false,
+                    .reason = "nobody is there whose folder could be meant"};
+        }
+        if (!item.destination->starts_with('/')) {
+            return {.state = ItemState::unknown,
+                    .needsAdministrator = platform::host().identity->realUserID() != 0,
+                    .reason =
+                        "it lies at the very top of the tree, and so goes to whatever folder the installer is "
+                        "started in"};
+        }
+        return m_disk.put(source, item.kind, *item.destination);
+    }
+
+    void explainEarlyLinks() {
+        for (PlannedItem& item : m_plan.items) {
+            if (!item.reason.starts_with(PlannedDisk::earlyLink)) {
+                continue;
+            }
+            const std::string target =
+                PlannedDisk::targetOf(kz::appendPathComponent(m_plan.bundle, item.source), *item.destination);
+            if (m_disk.exists(target)) {
+                item.reason += " (what it leads to is put there later, in the order of this file system)";
+            }
+        }
+    }
+
+    Plan& m_plan;
+    PlannedDisk m_disk;
+    std::size_t m_steps = 0;
+};
+
+std::optional<PlannedScript> plannedScript(const std::string& name, const Plan& plan) {
+    const auto script = InstallationScripts::find(platform::host().bundle->resourcePath(), name);
+    if (!script) {
+        return std::nullopt;
+    }
+    return PlannedScript{.source = script->path.substr(plan.bundle.size() + 1),
+                         .interpreter = script->interpreter,
+                         .canRun = platform::host().files->isExecutable(script->interpreter)};
+}
+
+void readSettings(Plan& plan) {
+    const auto path = InstallerSettings::locate();
+    if (!path) {
+        throw NoInstaller("it has no " + std::string(InstallerSettings::fileName) + "." + InstallerSettings::fileType +
+                          " among its resources: the installer calls itself damaged");
+    }
+    const auto settings = InstallerSettings::load(*path);
+    plan.name = settings.pluginName();
+    plan.version = settings.pluginVersion();
+    plan.author = settings.author();
+}
+
+}  // namespace
+
+Plan planInstallation(const std::string& bundle) {
+    if (std::string whyNot; !isBundle(bundle, whyNot)) {
+        throw NoInstaller(whyNot);
+    }
+    // The name of the program does not matter: only where it would lie.
+    platform::linux_host::LinuxMainBundle resources(*platform::host().propertyLists, bundle + "/Contents/MacOS/-");
+    platform::Host host = platform::host();
+    host.bundle = &resources;
+    const platform::ScopedHost scope(host);
+
+    Plan plan;
+    plan.bundle = bundle;
+    plan.home = KZLocalPaths::userDirectory();
+    readSettings(plan);
+    if (!host.files->fileExists(kz::appendPathComponent(bundle, InstallationTree::pathInBundle))) {
+        throw NoInstaller(std::string("it has no ") + InstallationTree::pathInBundle +
+                          ": the installer calls itself damaged");
+    }
+    plan.before = plannedScript(InstallationScripts::before, plan);
+    plan.after = plannedScript(InstallationScripts::after, plan);
+    Planner(plan).walk();
+    return plan;
+}
+
+PlanTotals totalsOf(const Plan& plan) {
+    PlanTotals totals;
+    for (const PlannedItem& item : plan.items) {
+        switch (item.state) {
+            case ItemState::added:
+                ++totals.added;
+                break;
+            case ItemState::replaced:
+                ++totals.replaced;
+                break;
+            case ItemState::refused:
+                ++totals.refused;
+                break;
+            case ItemState::unknown:
+                ++totals.unknown;
+                break;
+        }
+        totals.needAdministrator += item.needsAdministrator ? 1 : 0;
+        totals.files += item.files;
+        totals.bytes += item.bytes;
+    }
+    return totals;
+}
+
+}  // namespace wickfield_bundle
