@@ -15,6 +15,8 @@ namespace wickfield_bundle {
 
 namespace {
 
+constexpr std::size_t mostVisits = 10000;  // of folders and items, besides those that the bundle's size accounts for
+
 CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& bundlePath) {
     return {.place = item.source.substr(bundlePath.size() + 1),
             .path = item.path,
@@ -24,13 +26,22 @@ CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& b
 void walkTree(CheckedBundle& bundle) {
     const platform::ScopedHost scope(hostOfModelCustomer());
     const std::string tree = kz::appendPathComponent(bundle.path, InstallationTree::pathInBundle);
+    // Without links the walk sees less than the inventory; with them not many times as much, unless it goes in circles.
+    std::size_t left = mostVisits + 8 * bundle.contents.entries.size();
+    const auto spend = [&] { return left > 0 && --left > 0; };
     InstallationTree::visitItems(
         tree, tree,
         [&](const InstallationTree::Item& item) {
             bundle.items.push_back(checkedItem(item, bundle.path));
-            return true;
+            return spend();
         },
-        [&](const InstallationTree::Item& item) { bundle.passedOver.push_back(checkedItem(item, bundle.path)); });
+        [&](const InstallationTree::Item& item) {
+            if (spend()) {
+                bundle.passedOver.push_back(checkedItem(item, bundle.path));
+            }
+        },
+        [&](const std::string&) { return spend(); });
+    bundle.isWalkEndless = left == 0;
     std::ranges::sort(bundle.items, comesBefore, &CheckedItem::place);
     std::ranges::sort(bundle.passedOver, comesBefore, &CheckedItem::place);
 }
@@ -63,6 +74,11 @@ const CheckedItem* CheckedBundle::itemAt(std::string_view place) const {
     }
     const CheckedItem& item = *std::prev(after);
     return item.place == place || liesWithin(place, item.place) ? &item : nullptr;
+}
+
+bool CheckedBundle::hasItemsIn(std::string_view folder) const {
+    const auto first = std::ranges::upper_bound(items, folder, comesBefore, &CheckedItem::place);
+    return first != items.end() && liesWithin(first->place, folder);
 }
 
 bool isBundle(const std::string& path, std::string& whyNot) {
@@ -106,7 +122,10 @@ Findings checkBundle(const std::string& path) {
     const platform::ScopedHost scope(host);
 
     const CheckedBundle bundle = lookAt(path);
-    checkReading(bundle, findings);
+    for (const auto check : {checkReading, checkLayout, checkTree, checkPlaceholders, checkPermissions, checkLinks,
+                             checkNames, checkDestinations, checkSizes, checkQuarantine}) {
+        check(bundle, findings);
+    }
     sort(findings);
     return findings;
 }

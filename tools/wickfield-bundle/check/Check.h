@@ -25,12 +25,14 @@ struct CheckedBundle {
     std::string resourcesPrefix;          // "Contents/Resources/"
     std::vector<CheckedItem> items;       // in the order of their places
     std::vector<CheckedItem> passedOver;  // what the walk leaves out, in the order of their places
+    bool isWalkEndless = false;           // links led it astray: the items are not all of them
 
     std::string fullPath(const std::string& place) const { return place.empty() ? path : path + "/" + place; }
     bool isInTree(std::string_view place) const { return place.starts_with(treePrefix); }
 
     // The item that is at the place, or that holds it; null when there is none.
     const CheckedItem* itemAt(std::string_view place) const;
+    bool hasItemsIn(std::string_view folder) const;
 };
 
 // Whether an installer lies at the path: a folder "Name.app" with a folder "Contents". Why not, if it does not.
@@ -43,7 +45,9 @@ CheckedBundle lookAt(const std::string& path);
 // bundle stands in for the program's own: host().bundle looks its resources up.
 void checkSettings(const CheckedBundle& bundle, Findings& findings);  // settings, agreement, background
 void checkScripts(const CheckedBundle& bundle, Findings& findings);
-void checkTree(const CheckedBundle& bundle, Findings& findings);  // top, skipped, placeholders, kinds of file
+void checkTree(const CheckedBundle& bundle, Findings& findings);  // top, skipped, kinds of file
+void checkPlaceholders(const CheckedBundle& bundle, Findings& findings);
+void checkPermissions(const CheckedBundle& bundle, Findings& findings);
 void checkLinks(const CheckedBundle& bundle, Findings& findings);
 void checkNames(const CheckedBundle& bundle, Findings& findings);         // collisions, lengths
 void checkPackages(const CheckedBundle& bundle, Findings& findings);      // plug-in bundles

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "tools/wickfield-bundle/check/Inventory.h"
+
 namespace wickfield_bundle {
 
 namespace {
@@ -71,6 +73,8 @@ private:
 };
 
 }  // namespace
+
+bool isInModelHome(std::string_view destination) { return destination == home || liesWithin(destination, home); }
 
 platform::Host hostOfModelCustomer() {
     static ModelIdentity& identity = *new ModelIdentity;
