@@ -87,9 +87,9 @@ class BundleCase(unittest.TestCase):
         """All three streams on a terminal; the exit code and what appeared there."""
         child, terminal = pty.fork()
         if child == 0:
+            fcntl.ioctl(0, termios.TIOCSWINSZ, struct.pack("HHHH", 25, columns, 0, 0))
             os.chdir(self.work)
             os.execve(WICKFIELD_BUNDLE, [WICKFIELD_BUNDLE, *words], {**self.environment, **(environment or {})})
-        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 25, columns, 0, 0))
         shown = b""
         deadline = time.monotonic() + LONGEST
         while time.monotonic() < deadline:

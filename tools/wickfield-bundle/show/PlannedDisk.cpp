@@ -54,7 +54,9 @@ Verdict trashFor(const std::string& path) {
                    : refused("it would have to go to the Trash, which cannot be made in " + home);
 }
 
-std::string plainly(const std::string& path) { return std::filesystem::path(path).lexically_normal().string(); }
+std::string plainly(const std::string& path) {
+    return kz::appendPathComponent(std::filesystem::path(path).lexically_normal().string(), "");
+}
 
 }  // namespace
 
@@ -223,7 +225,9 @@ Verdict PlannedDisk::verdictOn(const std::string& source, ItemKind kind, const s
         if (verdict.needsAdministrator && !files().fileExists(source)) {
             return refused("it is a link that leads nowhere in the tree, which no administrator's copy takes");
         }
-        if (const std::string target = targetOf(source, destination); !exists(target)) {
+        const std::string target = targetOf(source, destination);
+        const bool isOnTheWay = plainly(target) == above || liesBelow(above, plainly(target));
+        if (!isOnTheWay && !exists(target)) {
             return refused(earlyLink + plainly(target) +
                            ", where nothing is when its turn comes; the installation waits 10 seconds and fails");
         }

@@ -1,6 +1,8 @@
 #include "tools/wickfield-bundle/show/Planner.h"
 
 #include <algorithm>
+#include <set>
+#include <utility>
 
 #include "app/InstallationScripts.h"
 #include "app/InstallationTree.h"
@@ -23,8 +25,9 @@ namespace {
 using InstallationTree::Item;
 using platform::FileType;
 
-// Links between folders can make a tree of them without an end.
-constexpr std::size_t mostSteps = 1'000'000;
+// Links between folders can make a tree without an end out of a few of them.
+constexpr std::size_t mostItems = 2'000'000;
+constexpr std::size_t mostFoldersAgain = 10'000;
 
 struct Measure {
     std::uint64_t files = 0;
@@ -98,11 +101,11 @@ public:
                 return true;
             },
             [this](const Item& item) {
-                countStep();
+                countItem();
                 m_plan.passedOver.push_back(inBundle(item.source));
             },
-            [this](const std::string& /*folder*/) {
-                countStep();
+            [this](const std::string& folder) {
+                countFolder(folder);
                 return true;
             });
         explainEarlyLinks();
@@ -119,15 +122,24 @@ public:
 private:
     std::string inBundle(const std::string& source) const { return source.substr(m_plan.bundle.size() + 1); }
 
-    void countStep() {
-        if (++m_steps > mostSteps) {
-            throw std::runtime_error("the tree has more than " + std::to_string(mostSteps) +
-                                     " items and folders; links between its folders can make it endless");
+    void countItem() {
+        if (++m_items > mostItems) {
+            throw std::runtime_error("the tree has more than " + std::to_string(mostItems) + " items");
+        }
+    }
+
+    void countFolder(const std::string& folder) {
+        const auto identity = platform::host().files->identity(folder);
+        if (identity && !m_folders.emplace(identity->device, identity->inode).second && ++m_again > mostFoldersAgain) {
+            throw std::runtime_error(
+                "the tree has no end that could be waited for: links lead to its folders again "
+                "and again, as to " +
+                folder);
         }
     }
 
     void take(const Item& item) {
-        countStep();
+        countItem();
         PlannedItem planned;
         planned.source = inBundle(item.source);
         planned.path = item.path;
@@ -178,7 +190,9 @@ private:
 
     Plan& m_plan;
     PlannedDisk m_disk;
-    std::size_t m_steps = 0;
+    std::size_t m_items = 0;
+    std::size_t m_again = 0;                                      // folders that were there before
+    std::set<std::pair<std::uint64_t, std::uint64_t>> m_folders;  // by device and inode
 };
 
 std::optional<PlannedScript> plannedScript(const std::string& name, const Plan& plan) {
