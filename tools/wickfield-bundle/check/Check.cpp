@@ -15,7 +15,7 @@ namespace wickfield_bundle {
 
 namespace {
 
-constexpr std::size_t mostVisits = 10000;  // of folders and items, besides those that the bundle's size accounts for
+constexpr std::size_t enoughVisits = 100000;  // of folders and items, for most trees
 
 CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& bundlePath) {
     return {.place = item.source.substr(bundlePath.size() + 1),
@@ -23,12 +23,13 @@ CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& b
             .destination = UserPlaceholders::replaced(item.path).value_or(item.path)};
 }
 
-void walkTree(CheckedBundle& bundle) {
+// False when the visits do not suffice.
+bool walkTree(CheckedBundle& bundle, std::size_t visits) {
     const platform::ScopedHost scope(hostOfModelCustomer());
     const std::string tree = kz::appendPathComponent(bundle.path, InstallationTree::pathInBundle);
-    // Without links the walk sees less than the inventory; with them not many times as much, unless it goes in circles.
-    std::size_t left = mostVisits + 8 * bundle.contents.entries.size();
-    const auto spend = [&] { return left > 0 && --left > 0; };
+    bundle.items.clear();
+    bundle.passedOver.clear();
+    const auto spend = [&] { return visits > 0 && --visits > 0; };
     InstallationTree::visitItems(
         tree, tree,
         [&](const InstallationTree::Item& item) {
@@ -41,9 +42,7 @@ void walkTree(CheckedBundle& bundle) {
             }
         },
         [&](const std::string&) { return spend(); });
-    bundle.isWalkEndless = left == 0;
-    std::ranges::sort(bundle.items, comesBefore, &CheckedItem::place);
-    std::ranges::sort(bundle.passedOver, comesBefore, &CheckedItem::place);
+    return visits > 0;
 }
 
 void checkReading(const CheckedBundle& bundle, Findings& findings) {
@@ -104,8 +103,16 @@ CheckedBundle lookAt(const std::string& path) {
                          .resourcesPrefix = "Contents/Resources/",
                          .items = {},
                          .passedOver = {}};
-    bundle.contents = takeInventory(bundle.path);
-    walkTree(bundle);
+    auto contents = startInventory(bundle.path);
+    bool isComplete = walkTree(bundle, enoughVisits);
+    bundle.contents = contents.get();
+    // Without links the walk sees less than the inventory; with them not many times as much, unless it goes in circles.
+    if (const std::size_t most = 8 * bundle.contents.entries.size(); !isComplete && most > enoughVisits) {
+        isComplete = walkTree(bundle, most);
+    }
+    bundle.isWalkEndless = !isComplete;
+    std::ranges::sort(bundle.items, comesBefore, &CheckedItem::place);
+    std::ranges::sort(bundle.passedOver, comesBefore, &CheckedItem::place);
     return bundle;
 }
 
@@ -123,7 +130,7 @@ Findings checkBundle(const std::string& path) {
 
     const CheckedBundle bundle = lookAt(path);
     for (const auto check : {checkReading, checkLayout, checkTree, checkPlaceholders, checkPermissions, checkLinks,
-                             checkNames, checkDestinations, checkSizes, checkQuarantine}) {
+                             checkNames, checkDestinations, checkSizes, checkQuarantine, checkPrograms}) {
         check(bundle, findings);
     }
     sort(findings);
