@@ -35,6 +35,24 @@ struct CheckedBundle {
     bool hasItemsIn(std::string_view folder) const;
 };
 
+// itemAt for places that are asked for in the order of an inventory, in no time.
+class ItemCursor {
+public:
+    explicit ItemCursor(const CheckedBundle& bundle) : m_items(bundle.items) {}
+
+    const CheckedItem* at(std::string_view place) {
+        while (m_next < m_items.size() && !comesBefore(place, m_items[m_next].place)) {
+            ++m_next;
+        }
+        const CheckedItem* const item = m_next == 0 ? nullptr : &m_items[m_next - 1];
+        return item != nullptr && (item->place == place || liesWithin(place, item->place)) ? item : nullptr;
+    }
+
+private:
+    const std::vector<CheckedItem>& m_items;
+    std::size_t m_next = 0;  // the first item that comes after the place
+};
+
 // Whether an installer lies at the path: a folder "Name.app" with a folder "Contents". Why not, if it does not.
 bool isBundle(const std::string& path, std::string& whyNot);
 

@@ -42,11 +42,12 @@ void look(const CheckedItem& item, Findings& findings) {
     if (!destination.starts_with('/')) {
         return;
     }
-    if (KZLocalPaths::isPathSystemDirectory(destination, ExactMatch::yes)) {
+    const bool isSystems = KZLocalPaths::isPathSystemDirectory(destination);
+    if (isSystems && KZLocalPaths::isPathSystemDirectory(destination, ExactMatch::yes)) {
         add(findings, "destination-refused", item.place, put + ", which is a folder of the system itself.");
     } else if (isTemporary(destination)) {
         add(findings, "destination-temporary", item.place, put + ".");
-    } else if (KZLocalPaths::isPathSystemDirectory(destination)) {
+    } else if (isSystems) {
         add(findings, "destination-system", item.place, put + ", among the system's own files.");
     } else if (destination.starts_with("/Volumes/")) {
         add(findings, "destination-volume", item.place, put + ".");
@@ -67,8 +68,10 @@ void checkCollisions(const CheckedBundle& bundle, Findings& findings) {
     for (const CheckedItem& item : bundle.items) {
         items.emplace_back(foldedName(item.destination), &item);
     }
-    std::ranges::stable_sort(items,
-                             [](const auto& left, const auto& right) { return comesBefore(left.first, right.first); });
+    const auto inOrder = [](const auto& left, const auto& right) { return comesBefore(left.first, right.first); };
+    if (!std::ranges::is_sorted(items, inOrder)) {
+        std::ranges::stable_sort(items, inOrder);
+    }
     std::size_t holder = 0;  // the latest that is in no other
     for (std::size_t index = 1; index < items.size(); ++index) {
         const auto& [destination, item] = items[index];

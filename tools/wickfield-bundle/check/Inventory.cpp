@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -14,6 +15,7 @@
 
 #include "platform/ports/Host.h"
 #include "platform/posix/Descriptor.h"
+#include "tools/wickfield-bundle/check/EntryAttributes.h"
 
 namespace wickfield_bundle {
 
@@ -72,9 +74,24 @@ int readTarget(int folder, const std::string& name, std::string& target) {
     return code;
 }
 
+// Paths of one tree have much in common: it is gone through by eight bytes at a time.
+std::size_t lengthOfCommonStart(const char* left, const char* right, std::size_t length) {
+    std::size_t at = 0;
+    for (; at + sizeof(std::uint64_t) <= length; at += sizeof(std::uint64_t)) {
+        if (std::memcmp(left + at, right + at, sizeof(std::uint64_t)) != 0) {
+            break;
+        }
+    }
+    while (at < length && left[at] == right[at]) {
+        ++at;
+    }
+    return at;
+}
+
 class Walk {
 public:
-    explicit Walk(const std::string& root) : m_fullPath(root), m_rootLength(root.size()) {}
+    Walk(const std::string& root, platform::FileManager& files)
+        : m_attributes(files), m_fullPath(root), m_rootLength(root.size()) {}
 
     Inventory run() {
         Descriptor root(::open(m_fullPath.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -132,7 +149,7 @@ private:
                 fail(code);
             }
         } else if (entry.type != FileType::other) {
-            entry.isQuarantined = isQuarantined();
+            entry.isQuarantined = m_attributes.isQuarantined(folder, name, m_fullPath);
         }
         if (entry.type == FileType::folder) {
             descend(folder, name);
@@ -164,11 +181,13 @@ private:
         m_levels.push_back(std::move(level));
         if (m_levels.size() > mostOpen) {
             m_levels[m_levels.size() - mostOpen - 1].folder.reset();
+            m_attributes.leave();
         }
     }
 
     void leave() {
         const Descriptor left = std::move(m_levels.back().folder);
+        m_attributes.leave();
         m_levels.pop_back();
         if (m_levels.empty() || m_levels.back().folder) {
             return;
@@ -187,12 +206,7 @@ private:
         }
     }
 
-    bool isQuarantined() const {
-        const auto size =
-            platform::host().files->readExtendedAttribute(m_fullPath, "com.apple.quarantine", std::span<char>{});
-        return std::holds_alternative<std::size_t>(size);
-    }
-
+    EntryAttributes m_attributes;
     Inventory m_result;
     std::string m_fullPath;  // of what is looked at
     std::size_t m_rootLength;
@@ -202,13 +216,14 @@ private:
 }  // namespace
 
 bool comesBefore(std::string_view path, std::string_view other) {
-    const auto [left, right] = std::ranges::mismatch(path, other);
-    if (left == path.end() || right == other.end()) {
-        return left == path.end() && right != other.end();
+    const std::size_t shorter = std::min(path.size(), other.size());
+    const std::size_t at = lengthOfCommonStart(path.data(), other.data(), shorter);
+    if (at == shorter) {
+        return path.size() < other.size();
     }
     // The end of a name comes before whatever may go on in it.
     const auto rank = [](char c) { return c == '/' ? 0 : static_cast<unsigned char>(c) + 1; };
-    return rank(*left) < rank(*right);
+    return rank(path[at]) < rank(other[at]);
 }
 
 const InventoryEntry* Inventory::find(std::string_view path) const {
@@ -216,6 +231,10 @@ const InventoryEntry* Inventory::find(std::string_view path) const {
     return found != entries.end() && found->path == path ? &*found : nullptr;
 }
 
-Inventory takeInventory(const std::string& root) { return Walk(root).run(); }
+std::future<Inventory> startInventory(const std::string& root) {
+    return std::async(std::launch::async, [root, &files = *platform::host().files] { return Walk(root, files).run(); });
+}
+
+Inventory takeInventory(const std::string& root) { return startInventory(root).get(); }
 
 }  // namespace wickfield_bundle

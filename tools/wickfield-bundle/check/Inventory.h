@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <future>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,5 +51,8 @@ struct Inventory {
 
 // Blocks; any depth. `root` has to be a folder. Nothing but folders is opened.
 Inventory takeInventory(const std::string& root);
+
+// The same on another thread.
+std::future<Inventory> startInventory(const std::string& root);
 
 }  // namespace wickfield_bundle

@@ -44,8 +44,7 @@ std::optional<std::string> resolved(std::string_view folder, std::string_view ta
 
 class LinkCheck {
 public:
-    LinkCheck(const CheckedBundle& bundle, Findings& findings)
-        : m_bundle(bundle), m_findings(findings), m_destinations(bundle) {}
+    LinkCheck(const CheckedBundle& bundle, Findings& findings) : m_bundle(bundle), m_findings(findings) {}
 
     void look(const InventoryEntry& link) {
         std::error_code error;
@@ -123,11 +122,14 @@ private:
         if (target == folder || target == "/" || liesWithin(folder, target)) {
             return;  // the folders above a link are made before it
         }
-        const CheckedItem* const holder = m_destinations.holding(target);
+        if (!m_destinations) {
+            m_destinations.emplace(m_bundle);
+        }
+        const CheckedItem* const holder = m_destinations->holding(target);
         const bool isInstalled =
             holder != nullptr
                 ? m_bundle.contents.find(holder->place + target.substr(holder->destination.size())) != nullptr
-                : m_destinations.hasItemsIn(target);
+                : m_destinations->hasItemsIn(target);
         if (holder != nullptr && holder->place == link.path) {
             say("link-loop", link, "");
         } else if (isInstalled) {
@@ -153,7 +155,7 @@ private:
 
     const CheckedBundle& m_bundle;
     Findings& m_findings;
-    DestinationIndex m_destinations;
+    std::optional<DestinationIndex> m_destinations;  // made for the first link that asks
 };
 
 }  // namespace

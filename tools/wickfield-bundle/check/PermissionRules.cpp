@@ -12,12 +12,12 @@ using platform::FileType;
 
 constexpr unsigned setID = 06000;
 
-std::string inDigits(unsigned permissions) {
-    std::string digits;
+std::string modeOf(const InventoryEntry& entry) {
+    std::string text = "Its mode is ";
     for (const unsigned shift : {9U, 6U, 3U, 0U}) {
-        digits += static_cast<char>('0' + ((permissions >> shift) & 7U));
+        text += static_cast<char>('0' + ((entry.permissions >> shift) & 7U));
     }
-    return digits;
+    return text;
 }
 
 class Rights {
@@ -34,37 +34,38 @@ private:
     unsigned m_needed;
 };
 
-void look(const CheckedBundle& bundle, const InventoryEntry& entry, Findings& findings) {
+void look(const InventoryEntry& entry, const CheckedItem* item, Findings& findings) {
     const Rights rights(entry);
-    const std::string mode = "Its mode is " + inDigits(entry.permissions);
     if (!rights.ownerMayRead()) {
-        add(findings, "mode-source-unreadable", entry.path, mode + ".");
+        add(findings, "mode-source-unreadable", entry.path, modeOf(entry) + ".");
     }
     if (entry.type == FileType::regular && (entry.permissions & setID) != 0) {
-        add(findings, "mode-set-id", entry.path, mode + ".");
+        add(findings, "mode-set-id", entry.path, modeOf(entry) + ".");
     }
     // Folders on the way to an item are made anew, with rights of their own.
-    const CheckedItem* const item = bundle.itemAt(entry.path);
     if (item == nullptr || isInModelHome(item->destination)) {
         return;
     }
-    const std::string where =
-        mode + ", and it is put at \"" + item->destination + std::string(entry.path).substr(item->place.size()) + "\".";
+    const auto where = [&] {
+        return modeOf(entry) + ", and it is put at \"" + item->destination + entry.path.substr(item->place.size()) +
+               "\".";
+    };
     if (rights.ownerMayRead() && !rights.othersMayRead()) {
-        add(findings, "mode-private", entry.path, where);
+        add(findings, "mode-private", entry.path, where());
     }
     if (rights.othersMayWrite()) {
-        add(findings, "mode-writable", entry.path, where);
+        add(findings, "mode-writable", entry.path, where());
     }
 }
 
 }  // namespace
 
 void checkPermissions(const CheckedBundle& bundle, Findings& findings) {
+    ItemCursor items(bundle);
     for (const InventoryEntry& entry : bundle.contents.entries) {
         const bool hasRights = entry.type == FileType::regular || entry.type == FileType::folder;
         if (hasRights && bundle.isInTree(entry.path)) {
-            look(bundle, entry, findings);
+            look(entry, items.at(entry.path), findings);
         }
     }
 }

@@ -65,8 +65,15 @@ public:
         const auto shown = group.first(std::min(group.size(), mostShown));
         for (auto finding = shown.begin(); finding != shown.end(); ++finding) {
             const auto next = std::next(finding);
-            const bool saysRemedy = next == shown.end() || (*next)->remedy != (*finding)->remedy;
-            append(**finding, saysRemedy);
+            const bool isLast = next == shown.end();
+            m_text += "  " + platform::linux_host::consoleLine(placeOf(**finding)) + '\n';
+            if (isLast || (*next)->reason != (*finding)->reason) {
+                add((*finding)->reason, 4);
+            }
+            if (const std::string& remedy = (*finding)->remedy;
+                !remedy.empty() && (isLast || (*next)->remedy != remedy)) {
+                add("> " + remedy, 4);
+            }
         }
         if (group.size() > shown.size()) {
             add("and " + std::to_string(group.size() - shown.size()) + " more, which --json lists", 2);
@@ -83,12 +90,8 @@ public:
     }
 
 private:
-    void append(const Finding& finding, bool saysRemedy) {
-        m_text += "  " + platform::linux_host::consoleLine(finding.place.empty() ? m_bundle : finding.place) + '\n';
-        add(finding.reason, 4);
-        if (saysRemedy && !finding.remedy.empty()) {
-            add("> " + finding.remedy, 4);
-        }
+    const std::string& placeOf(const Finding& finding) const {
+        return finding.place.empty() ? m_bundle : finding.place;
     }
 
     void add(const std::string& text, std::size_t indent) {

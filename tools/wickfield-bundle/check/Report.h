@@ -14,9 +14,9 @@ struct Totals {
 };
 Totals totalsOf(const Findings& findings);
 
-// By severity, then by rule. Of a rule that finds more the first ten places are named and the others counted. Lines end
-// at `columns`, or anywhere when that is 0. What could act on a terminal is escaped. `findings` are sorted as
-// checkBundle does.
+// By severity, then by rule; a reason or remedy that several places in a row have is said once, behind them. Of a rule
+// that finds more the first ten places are named and the others counted. Lines end at `columns`, or anywhere when that
+// is 0. What could act on a terminal is escaped. `findings` are sorted as checkBundle does.
 std::string textReport(const std::string& bundle, const Findings& findings, std::size_t columns);
 
 // An object with "format" (1), "bundle", "errors", "warnings", "notes" and "findings", each of which has "severity"

@@ -26,6 +26,7 @@ void checkSizes(const CheckedBundle& bundle, Findings& findings) {
     std::uint64_t bytes = 0;
     std::size_t files = 0;
     const InventoryEntry* largest = nullptr;
+    ItemCursor items(bundle);
     for (const InventoryEntry& entry : bundle.contents.entries) {
         if (entry.type != FileType::regular) {
             continue;
@@ -33,7 +34,7 @@ void checkSizes(const CheckedBundle& bundle, Findings& findings) {
         if (entry.size > huge) {
             add(findings, "file-huge", entry.path, "It has " + asText(entry.size) + ".");
         }
-        if (bundle.itemAt(entry.path) != nullptr) {
+        if (items.at(entry.path) != nullptr) {
             ++files;
             bytes += entry.size;
             largest = largest == nullptr || entry.size > largest->size ? &entry : largest;

@@ -67,10 +67,12 @@ void checkSkipped(const CheckedBundle& bundle, Findings& findings) {
 
 class Leftovers {
 public:
-    Leftovers(const CheckedBundle& bundle, Findings& findings) : m_bundle(bundle), m_findings(findings) {}
+    Leftovers(const CheckedBundle& bundle, Findings& findings)
+        : m_bundle(bundle), m_findings(findings), m_items(bundle) {}
 
+    // In the order of the inventory.
     void look(const InventoryEntry& entry) {
-        const CheckedItem* const item = m_bundle.itemAt(entry.path);
+        const CheckedItem* const item = m_items.at(entry.path);
         const bool isInPackage = item != nullptr && item->place != entry.path;
         const bool isInstalled = item != nullptr || (entry.type == FileType::folder && m_bundle.hasItemsIn(entry.path));
         if (entry.type == FileType::folder && !isInstalled) {
@@ -95,6 +97,7 @@ private:
 
     const CheckedBundle& m_bundle;
     Findings& m_findings;
+    ItemCursor m_items;
     const InventoryEntry* m_empty = nullptr;    // the latest that was named
     const InventoryEntry* m_clutter = nullptr;  // the latest that was named
 };
