@@ -11,6 +11,7 @@
 #include "platform/linux/services/files/ItemPlace.h"
 #include "platform/linux/services/files/Staging.h"
 #include "platform/linux/tools/archive/Interruption.h"
+#include "platform/linux/tools/archive/OpenFileLimit.h"
 #include "platform/linux/tools/archive/ToolFailure.h"
 #include "platform/linux/tools/archive/TreeArchiver.h"
 #include "platform/ports/Host.h"
@@ -31,6 +32,7 @@ class StagedArchive {
 public:
     StagedArchive(const StagedBundle& bundle, std::string path, const std::function<void(const std::string&)>& warn)
         : m_final(std::move(path)), m_staged(linux_host::stagedSibling(m_final)) {
+        linux_host::allowManyOpenFiles();
         try {
             linux_host::archiveTree(bundle.path(), m_staged, linux_host::KeepParent::yes, warn,
                                     linux_host::ClockTimes::universal);

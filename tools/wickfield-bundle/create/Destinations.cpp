@@ -54,13 +54,13 @@ PlacedItem placed(const ProjectItem& item) {
         throw CreateFailure("“" + item.source + "” is not there, and was to go to “" + item.destination + "”");
     }
     auto components = componentsOf(item);
+    if (components.empty()) {
+        refuse(item, "that is the disk itself; name the place on it that is meant");
+    }
     if (item.destination.ends_with('/')) {
         components.push_back(kz::lastPathComponent(item.source));
     }
     checkComponents(item, components);
-    if (components.empty()) {
-        refuse(item, "that is the disk itself; name the item that is to be installed");
-    }
     if (isInstalledAsOne(item.source)) {
         if (components.size() == 1) {
             refuse(item, "an item has to lie in a folder, as in /Library/" + components.front());

@@ -57,7 +57,8 @@ void SourceWalk::run(Visitor& visitor) {
         throwWhenFailed(m_trail.enter(name), "read", pathOf(name));
         visitor.enteredFolder(name);
         const std::size_t length = m_path.size();
-        m_path = pathOf(name);
+        m_path += m_path.ends_with('/') ? "" : "/";
+        m_path += name;
         visitEntries(visitor);
         m_levels.back().pathLength = length;
     }

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstddef>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace wickfield_bundle {
@@ -19,20 +20,24 @@ std::string inLowerCase(std::string_view text) {
     return lower;
 }
 
-// Letters to be put in, taken out or changed.
+// Letters to be put in, taken out or changed, and neighbours to be exchanged.
 std::size_t changesBetween(std::string_view left, std::string_view right) {
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
+    std::vector<std::size_t> twoAbove;
+    std::vector<std::size_t> above(right.size() + 1);
+    std::iota(above.begin(), above.end(), std::size_t{0});
     for (std::size_t i = 1; i <= left.size(); ++i) {
-        std::size_t diagonal = row[0];
+        std::vector<std::size_t> row(right.size() + 1);
         row[0] = i;
         for (std::size_t j = 1; j <= right.size(); ++j) {
-            const std::size_t changed = diagonal + (left[i - 1] == right[j - 1] ? 0 : 1);
-            diagonal = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, changed});
+            const bool isSame = left[i - 1] == right[j - 1];
+            row[j] = std::min({above[j] + 1, row[j - 1] + 1, above[j - 1] + (isSame ? 0 : 1)});
+            if (i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1]) {
+                row[j] = std::min(row[j], twoAbove[j - 2] + 1);
+            }
         }
+        twoAbove = std::exchange(above, std::move(row));
     }
-    return row.back();
+    return above.back();
 }
 
 }  // namespace
