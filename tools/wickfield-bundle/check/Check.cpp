@@ -130,7 +130,7 @@ Findings checkBundle(const std::string& path) {
 
     const CheckedBundle bundle = lookAt(path);
     for (const auto check : {checkReading, checkLayout, checkTree, checkPlaceholders, checkPermissions, checkLinks,
-                             checkNames, checkDestinations, checkSizes, checkQuarantine, checkPrograms}) {
+                             checkNames, checkDestinations, checkSizes, checkQuarantine, checkScripts, checkPrograms}) {
         check(bundle, findings);
     }
     sort(findings);
