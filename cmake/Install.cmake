@@ -40,6 +40,6 @@ install(FILES ${PROJECT_BINARY_DIR}/WickfieldConfig.cmake ${PROJECT_BINARY_DIR}/
         DESTINATION ${package})
 
 get_property(tools GLOBAL PROPERTY WICKFIELD_TOOLS)
-install(TARGETS ${tools} RUNTIME DESTINATION ${libexec})
+install(TARGETS ${tools} wickfield_media RUNTIME DESTINATION ${libexec})
 install(TARGETS kzfile)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kzfile/kzfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
