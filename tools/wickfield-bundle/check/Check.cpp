@@ -1,7 +1,8 @@
 #include "tools/wickfield-bundle/check/Check.h"
 
 #include <algorithm>
-#include <tuple>
+#include <filesystem>
+#include <system_error>
 
 #include "app/InstallationTree.h"
 #include "app/UserPlaceholders.h"
@@ -15,7 +16,7 @@ namespace wickfield_bundle {
 
 namespace {
 
-constexpr std::size_t enoughVisits = 100000;  // of folders and items, for most trees
+constexpr std::size_t mostBeyondLinks = 20000;  // folders and items
 
 CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& bundlePath) {
     return {.place = item.source.substr(bundlePath.size() + 1),
@@ -23,26 +24,76 @@ CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& b
             .destination = UserPlaceholders::replaced(item.path).value_or(item.path)};
 }
 
-// False when the visits do not suffice.
-bool walkTree(CheckedBundle& bundle, std::size_t visits) {
-    const platform::ScopedHost scope(hostOfModelCustomer());
-    const std::string tree = kz::appendPathComponent(bundle.path, InstallationTree::pathInBundle);
-    bundle.items.clear();
-    bundle.passedOver.clear();
-    const auto spend = [&] { return visits > 0 && --visits > 0; };
-    InstallationTree::visitItems(
-        tree, tree,
-        [&](const InstallationTree::Item& item) {
-            bundle.items.push_back(checkedItem(item, bundle.path));
-            return spend();
-        },
-        [&](const InstallationTree::Item& item) {
-            if (spend()) {
-                bundle.passedOver.push_back(checkedItem(item, bundle.path));
-            }
-        },
-        [&](const std::string&) { return spend(); });
-    return visits > 0;
+// The installer's own walk, but that it stays in the bundle and ends.
+class TreeWalk {
+public:
+    explicit TreeWalk(CheckedBundle& bundle) : m_bundle(bundle) {
+        std::error_code error;
+        m_realBundle = std::filesystem::canonical(bundle.path, error).string();
+    }
+
+    void run() {
+        const platform::ScopedHost scope(hostOfModelCustomer());
+        const std::string tree = kz::appendPathComponent(m_bundle.path, InstallationTree::pathInBundle);
+        if (!isInBundle(tree)) {
+            return;
+        }
+        InstallationTree::visitItems(
+            tree, tree,
+            [this](const InstallationTree::Item& item) {
+                m_bundle.items.push_back(checkedItem(item, m_bundle.path));
+                return spend(item.source);
+            },
+            [this](const InstallationTree::Item& item) {
+                if (spend(item.source)) {
+                    m_bundle.passedOver.push_back(checkedItem(item, m_bundle.path));
+                }
+            },
+            [this](const std::string& folder) { return mayEnter(folder); });
+        m_bundle.isWalkEndless = m_left == 0;
+        std::ranges::sort(m_bundle.items, comesBefore, &CheckedItem::place);
+        std::ranges::sort(m_bundle.passedOver, comesBefore, &CheckedItem::place);
+    }
+
+private:
+    bool mayEnter(const std::string& folder) {
+        if (!m_link.empty() && liesWithin(folder, m_link)) {
+            return spend(folder);
+        }
+        std::error_code error;
+        if (!std::filesystem::is_symlink(folder, error)) {
+            return true;
+        }
+        m_link = folder;
+        return isInBundle(folder);
+    }
+
+    bool isInBundle(const std::string& folder) const {
+        std::error_code error;
+        return liesWithin(std::filesystem::canonical(folder, error).string(), m_realBundle);
+    }
+
+    // Only what is reached by a link can be reached again and again.
+    bool spend(const std::string& source) {
+        if (!m_link.empty() && liesWithin(source, m_link) && m_left > 0) {
+            --m_left;
+        }
+        return m_left > 0;
+    }
+
+    CheckedBundle& m_bundle;
+    std::string m_realBundle;
+    std::string m_link;  // the latest to a folder, but for those that lie beyond one
+    std::size_t m_left = mostBeyondLinks;
+};
+
+const CheckedItem* itemOf(const std::vector<CheckedItem>& items, std::string_view place) {
+    const auto after = std::ranges::upper_bound(items, place, comesBefore, &CheckedItem::place);
+    if (after == items.begin()) {
+        return nullptr;
+    }
+    const CheckedItem& item = *std::prev(after);
+    return item.place == place || liesWithin(place, item.place) ? &item : nullptr;
 }
 
 void checkReading(const CheckedBundle& bundle, Findings& findings) {
@@ -66,14 +117,9 @@ void sort(Findings& findings) {
 
 }  // namespace
 
-const CheckedItem* CheckedBundle::itemAt(std::string_view place) const {
-    const auto after = std::ranges::upper_bound(items, place, comesBefore, &CheckedItem::place);
-    if (after == items.begin()) {
-        return nullptr;
-    }
-    const CheckedItem& item = *std::prev(after);
-    return item.place == place || liesWithin(place, item.place) ? &item : nullptr;
-}
+const CheckedItem* CheckedBundle::itemAt(std::string_view place) const { return itemOf(items, place); }
+
+bool CheckedBundle::isPassedOver(std::string_view place) const { return itemOf(passedOver, place) != nullptr; }
 
 bool CheckedBundle::hasItemsIn(std::string_view folder) const {
     const auto first = std::ranges::upper_bound(items, folder, comesBefore, &CheckedItem::place);
@@ -104,15 +150,8 @@ CheckedBundle lookAt(const std::string& path) {
                          .items = {},
                          .passedOver = {}};
     auto contents = startInventory(bundle.path);
-    bool isComplete = walkTree(bundle, enoughVisits);
+    TreeWalk(bundle).run();
     bundle.contents = contents.get();
-    // Without links the walk sees less than the inventory; with them not many times as much, unless it goes in circles.
-    if (const std::size_t most = 8 * bundle.contents.entries.size(); !isComplete && most > enoughVisits) {
-        isComplete = walkTree(bundle, most);
-    }
-    bundle.isWalkEndless = !isComplete;
-    std::ranges::sort(bundle.items, comesBefore, &CheckedItem::place);
-    std::ranges::sort(bundle.passedOver, comesBefore, &CheckedItem::place);
     return bundle;
 }
 

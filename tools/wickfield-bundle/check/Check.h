@@ -25,7 +25,7 @@ struct CheckedBundle {
     std::string resourcesPrefix;          // "Contents/Resources/"
     std::vector<CheckedItem> items;       // in the order of their places
     std::vector<CheckedItem> passedOver;  // what the walk leaves out, in the order of their places
-    bool isWalkEndless = false;           // links led it astray: the items are not all of them
+    bool isWalkEndless = false;           // it was given up among folders that links lead to over and over
 
     std::string fullPath(const std::string& place) const { return place.empty() ? path : path + "/" + place; }
     bool isInTree(std::string_view place) const { return place.starts_with(treePrefix); }
@@ -33,6 +33,7 @@ struct CheckedBundle {
     // The item that is at the place, or that holds it; null when there is none.
     const CheckedItem* itemAt(std::string_view place) const;
     bool hasItemsIn(std::string_view folder) const;
+    bool isPassedOver(std::string_view place) const;  // itself, or with the bundle that holds it
 };
 
 // itemAt for places that are asked for in the order of an inventory, in no time.

@@ -34,12 +34,13 @@ std::optional<platform::PropertyDictionary> readInformation(const CheckedBundle&
         return std::nullopt;
     }
     std::optional<std::string> bytes;
-    if (entry->type == FileType::regular && entry->size <= mostInformation) {
+    if (entry->type == FileType::regular && entry->size > 0 && entry->size <= mostInformation) {
         bytes = platform::host().files->readFile(bundle.fullPath(informationPlace), mostInformation);
     }
     if (!bytes) {
         add(findings, "info-unreadable", informationPlace,
             entry->type != FileType::regular ? "It is not a file."
+            : entry->size == 0               ? "It is empty."
             : entry->size > mostInformation  ? "It has " + std::to_string(entry->size) + " bytes; it was not read."
                                              : "It cannot be read.");
         return std::nullopt;

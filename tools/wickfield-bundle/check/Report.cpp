@@ -56,6 +56,27 @@ std::vector<std::vector<const Finding*>> byRule(const Findings& findings) {
     return groups;
 }
 
+bool isWithinCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+
+// A path that is longer than anyone reads loses its middle.
+std::string shortened(const std::string& place) {
+    constexpr std::size_t longest = 400;
+    constexpr std::size_t start = 200;
+    constexpr std::size_t end = 150;
+    if (place.size() <= longest) {
+        return place;
+    }
+    std::size_t from = start;
+    std::size_t to = place.size() - end;
+    while (from > start / 2 && isWithinCharacter(place[from])) {
+        --from;
+    }
+    while (to < place.size() && isWithinCharacter(place[to])) {
+        ++to;
+    }
+    return place.substr(0, from) + "[...]" + place.substr(to);
+}
+
 class TextReport {
 public:
     TextReport(const std::string& bundle, std::size_t columns) : m_bundle(bundle), m_columns(columns) {}
@@ -66,7 +87,7 @@ public:
         for (auto finding = shown.begin(); finding != shown.end(); ++finding) {
             const auto next = std::next(finding);
             const bool isLast = next == shown.end();
-            m_text += "  " + platform::linux_host::consoleLine(placeOf(**finding)) + '\n';
+            m_text += "  " + platform::linux_host::consoleLine(shortened(placeOf(**finding))) + '\n';
             if (isLast || (*next)->reason != (*finding)->reason) {
                 add((*finding)->reason, 4);
             }

@@ -89,7 +89,7 @@ public:
 private:
     // Of folders within one another the outermost is named.
     void lookAtFolderWithoutItems(const InventoryEntry& entry) {
-        if (m_empty == nullptr || !liesWithin(entry.path, m_empty->path)) {
+        if ((m_empty == nullptr || !liesWithin(entry.path, m_empty->path)) && !m_bundle.isPassedOver(entry.path)) {
             m_empty = &entry;
             add(m_findings, "folder-without-items", entry.path, "No folder is made for it.");
         }
