@@ -1,7 +1,9 @@
-# cmake --install: the library and kzfile, for whoever wants to use them without the installer. All of the rules are
-# here, so that one script installs it all.
+# cmake --install: the library and kzfile, for whoever wants to use them without the installer, and wickfield-bundle with
+# what it makes installers of, which is also a component of its own: --component maker. All of the rules are here, so
+# that one script installs it all.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
+include(cmake/InstallerTemplate.cmake)
 find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
 find_package(EXPAT 2.4 REQUIRED)
 
@@ -40,6 +42,21 @@ install(FILES ${PROJECT_BINARY_DIR}/WickfieldConfig.cmake ${PROJECT_BINARY_DIR}/
         DESTINATION ${package})
 
 get_property(tools GLOBAL PROPERTY WICKFIELD_TOOLS)
-install(TARGETS ${tools} wickfield_media RUNTIME DESTINATION ${libexec})
+install(TARGETS ${tools} RUNTIME DESTINATION ${libexec})
 install(TARGETS kzfile)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kzfile/kzfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/commandline/completion.bash RENAME kzfile
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
+
+set(share share/wickfield)  # where wickfield-bundle looks, from the folder bin
+install(TARGETS wickfield-bundle COMPONENT maker)
+install(TARGETS wickfield_media RUNTIME DESTINATION ${libexec} COMPONENT maker)
+install(DIRECTORY ${WICKFIELD_TEMPLATE} DESTINATION ${share}/templates/${WICKFIELD_HOST} USE_SOURCE_PERMISSIONS
+        COMPONENT maker)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/wickfield-bundle/wickfield.schema.json DESTINATION ${share} COMPONENT maker)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/wickfield-bundle/example/wickfield.json DESTINATION ${share}/example
+        COMPONENT maker)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/wickfield-bundle/wickfield-bundle.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+        COMPONENT maker)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/commandline/completion.bash RENAME wickfield-bundle
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT maker)

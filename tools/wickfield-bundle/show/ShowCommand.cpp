@@ -22,7 +22,7 @@ using commandline::UsageError;
 constexpr std::array<commandline::Option, 4> options{{
     {0, "home", "FOLDER", "for a user whose home folder this is, instead of one's own"},
     {0, "user", "NAME", "with that user's rights and home folder; for the superuser"},
-    {'f', "format", "FORMAT", "text (a table), tree or json"},
+    {'f', "format", "text|tree|json", "as a table, the default, as a tree or for programs"},
     {'j', "json", nullptr, "the same as --format json"},
 }};
 
