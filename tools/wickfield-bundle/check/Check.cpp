@@ -11,6 +11,7 @@
 #include "platform/ports/Host.h"
 #include "tools/wickfield-bundle/check/ModelCustomer.h"
 #include "tools/wickfield-bundle/check/Rules.h"
+#include "tools/wickfield-bundle/check/SettingsRules.h"
 
 namespace wickfield_bundle {
 
@@ -161,17 +162,21 @@ Findings checkBundle(const std::string& path) {
         add(findings, "not-a-bundle", "", whyNot);
         return findings;
     }
+    const std::string helper = mediaHelper();
     // The name of the program does not matter: only where it would lie.
     platform::linux_host::LinuxMainBundle resources(*platform::host().propertyLists, path + "/Contents/MacOS/-");
     platform::Host host = platform::host();
     host.bundle = &resources;
     const platform::ScopedHost scope(host);
 
+    SettingsCheck settings(helper);  // works on beside the walk
     const CheckedBundle bundle = lookAt(path);
-    for (const auto check : {checkReading, checkLayout, checkTree, checkPlaceholders, checkPermissions, checkLinks,
-                             checkNames, checkDestinations, checkSizes, checkQuarantine, checkScripts, checkPrograms}) {
+    for (const auto check :
+         {checkReading, checkLayout, checkScripts, checkPrograms, checkTree, checkPlaceholders, checkPermissions,
+          checkLinks, checkNames, checkDestinations, checkSizes, checkQuarantine}) {
         check(bundle, findings);
     }
+    settings.finish(bundle, findings);
     sort(findings);
     return findings;
 }

@@ -62,7 +62,6 @@ CheckedBundle lookAt(const std::string& path);
 
 // Each adds its findings to the end. None throws for anything that a bundle can hold. They are called while the
 // bundle stands in for the program's own: host().bundle looks its resources up.
-void checkSettings(const CheckedBundle& bundle, Findings& findings);  // settings, agreement, background
 void checkScripts(const CheckedBundle& bundle, Findings& findings);
 void checkTree(const CheckedBundle& bundle, Findings& findings);  // top, skipped, kinds of file
 void checkPlaceholders(const CheckedBundle& bundle, Findings& findings);
