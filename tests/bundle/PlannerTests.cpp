@@ -259,6 +259,31 @@ TEST_F(Planning, AsksAnAdministratorForASourceThatTheUserMayNotRead) {
     EXPECT_EQ(planFor(target("P.vst3")).reason, "only an administrator may read Contents/secret in it");
 }
 
+TEST_F(Planning, AsksAnAdministratorForTheDateOfWhatIsReadOnly) {
+    write(inTree("read-only"), "1");
+    write(inTree("P.vst3/x"), "1");
+    write(inTree("Q.vst3/read-only"), "1");
+    ::chmod(inTree("read-only").c_str(), 0444);
+    ::chmod(inTree("P.vst3").c_str(), 0555);
+    ::chmod(inTree("Q.vst3/read-only").c_str(), 0444);
+    EXPECT_EQ(stateFor(target("read-only")), "new, administrator");
+    EXPECT_EQ(stateFor(target("P.vst3")), "new, administrator");
+    EXPECT_EQ(stateFor(target("Q.vst3")), "new");
+    EXPECT_NE(planFor(target("read-only")).reason.find("fresh date"), std::string::npos);
+    identity.uid = 0;  // who is never asked
+    EXPECT_EQ(stateFor(target("read-only")), "new");
+    ::chmod(inTree("P.vst3").c_str(), 0755);
+}
+
+TEST_F(Planning, AsksAnAdministratorForTheDateOfWhatALinkLeadsTo) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "the superuser may write everything";
+    }
+    fs::create_directories(inTree(""));
+    fs::create_symlink("/etc/passwd", inTree("link"));
+    EXPECT_EQ(stateFor(target("link")), "new, administrator");
+}
+
 TEST_F(Planning, AsksAnAdministratorForWhatIsSomebodyElses) {
     if (::geteuid() == 0) {
         GTEST_SKIP() << "the superuser may move everything";

@@ -30,11 +30,12 @@ def is_package(name):
 
 
 class RandomTree:
-    def __init__(self, generator, folder, odd_names=True, attributes=True):
+    def __init__(self, generator, folder, odd_names=True, attributes=True, read_only=True):
         self.random = generator
         self.folder = folder  # that holds what the links may lead to
         self.odd_names = odd_names
         self.attributes = attributes
+        self.modes = [mode for mode in MODES if read_only or mode & 0o200]
 
     # Names
 
@@ -77,7 +78,7 @@ class RandomTree:
                 file.seek(0, os.SEEK_END)
             file.write(self.random.randbytes(size))
         self.set_attributes(path)
-        os.chmod(path, self.random.choice(MODES))
+        os.chmod(path, self.random.choice(self.modes))
         seconds = self.random.randint(0, 1_700_000_000)
         os.utime(path, ns=(seconds * 10**9, seconds * 10**9 + self.random.randint(0, 10**9 - 1)))
 

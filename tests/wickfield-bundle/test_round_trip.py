@@ -29,7 +29,7 @@ def has_attributes(folder):
 class Maker:
     """A random tree and random items in a folder of their own, and a customer's disk with things that stand there."""
 
-    def __init__(self, seed, folder, home):
+    def __init__(self, seed, folder, home, **traits):
         self.random = random.Random(seed)
         self.folder = os.fsencode(folder)
         self.home = os.fsencode(home)
@@ -38,7 +38,7 @@ class Maker:
         os.mkdir(self.tree)
         with open(self.folder + b"/standing", "wb") as file:
             file.write(b"stands there\n")
-        self.trees = RandomTree(self.random, self.folder, attributes=has_attributes(self.folder))
+        self.trees = RandomTree(self.random, self.folder, attributes=has_attributes(self.folder), **traits)
         self.trees.fill_root(self.tree, self.target)
         self.items = self.make_items()
 

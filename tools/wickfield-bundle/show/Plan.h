@@ -20,7 +20,7 @@ struct PlannedItem {
     std::optional<std::string> destination;  // none: nobody is there whose folder could be meant
     ItemKind kind = ItemKind::file;
     ItemState state = ItemState::added;
-    bool needsAdministrator = false;  // one is asked for, and refused without one
+    bool needsAdministrator = false;  // one is asked for
     std::string reason;               // of the state or of the question; "" where there is nothing to say
     std::uint64_t files = 0;          // and links
     std::uint64_t bytes = 0;

@@ -142,6 +142,10 @@ bool PlannedDisk::exists(const std::string& path) const {
     return source ? files().fileExists(*source) : files().fileExists(path) || files().fileExists(plain);
 }
 
+bool PlannedDisk::isReadOnly(const std::string& path) const {
+    return !m_placed.contains(plainly(path)) && files().fileExists(path) && !files().isWritable(path);
+}
+
 std::string PlannedDisk::targetOf(const std::string& link, const std::string& destination) {
     const std::string target = files().destinationOfSymbolicLink(link).value_or("");
     return target.starts_with('/') ? target : kz::deletingLastPathComponent(destination) + "/" + target;

@@ -31,6 +31,7 @@ public:
     // Where the link would lead from its destination; whether something is there by now.
     static std::string targetOf(const std::string& link, const std::string& destination);
     bool exists(const std::string& path) const;
+    bool isReadOnly(const std::string& path) const;  // for this user, of what stands on the disk already
 
     std::vector<std::string> madeFolders() const;  // by their names
 

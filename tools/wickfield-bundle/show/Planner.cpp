@@ -32,12 +32,19 @@ constexpr std::size_t mostFoldersAgain = 10'000;
 struct Measure {
     std::uint64_t files = 0;
     std::uint64_t bytes = 0;
-    std::string obstacle;  // to copying it with this user's rights; "" when there is none
+    bool isReadOnly = false;  // its owner may not write to it
+    std::string obstacle;     // to copying it with this user's rights; "" when there is none
     bool holdsSpecials = false;
 };
 
+bool isReadOnly(const std::optional<platform::FileAttributes>& attributes) {
+    constexpr unsigned ownerMayWrite = 0200;
+    return attributes && (attributes->permissions & ownerMayWrite) == 0;
+}
+
 Measure measurePackage(const std::string& path) {
     Measure measure;
+    measure.isReadOnly = isReadOnly(platform::host().files->attributes(path));
     const Inventory inventory = takeInventory(path);
     for (const InventoryEntry& entry : inventory.entries) {
         if (entry.type == FileType::folder) {
@@ -65,7 +72,10 @@ Measure measureItem(const std::string& path, ItemKind kind) {
         return measurePackage(path);
     }
     const auto attributes = platform::host().files->attributes(path);
-    Measure measure{.files = 1, .bytes = attributes ? attributes->size : 0, .obstacle = {}, .holdsSpecials = false};
+    Measure measure;
+    measure.files = 1;
+    measure.bytes = attributes ? attributes->size : 0;
+    measure.isReadOnly = kind != ItemKind::link && isReadOnly(attributes);
     if (kind == ItemKind::file && rightToRead(path) != Right::granted) {
         measure.obstacle = "only an administrator may read it";
     }
@@ -156,8 +166,26 @@ private:
             planned.needsAdministrator = platform::host().identity->realUserID() != 0;
             planned.reason = measure.obstacle;
         }
+        addQuestionForDate(planned, measure);
         m_plan.items.push_back(std::move(planned));
     }
+
+    // The copy is given a fresh date, and the installer asks for an administrator where the user may not write to it.
+    void addQuestionForDate(PlannedItem& item, const Measure& measure) const {
+        const bool isLinkToForeign = item.kind == ItemKind::link && item.destination &&
+                                     m_disk.isReadOnly(PlannedDisk::targetOf(fullPath(item), *item.destination));
+        const bool isAsked = item.needsAdministrator || platform::host().identity->realUserID() == 0;
+        if (item.state == ItemState::refused || isAsked || !(measure.isReadOnly || isLinkToForeign)) {
+            return;
+        }
+        item.needsAdministrator = true;
+        item.reason = std::string(isLinkToForeign ? "what it leads to" : "it") +
+                      " is read-only, and only an administrator can give it a fresh date; it is installed without that "
+                      "as well" +
+                      (item.reason.empty() ? "" : "; ") + item.reason;
+    }
+
+    std::string fullPath(const PlannedItem& item) const { return kz::appendPathComponent(m_plan.bundle, item.source); }
 
     PlannedDisk::Verdict verdictOn(const std::string& source, const PlannedItem& item) {
         if (!item.destination) {
@@ -180,9 +208,7 @@ private:
             if (!item.reason.starts_with(PlannedDisk::earlyLink)) {
                 continue;
             }
-            const std::string target =
-                PlannedDisk::targetOf(kz::appendPathComponent(m_plan.bundle, item.source), *item.destination);
-            if (m_disk.exists(target)) {
+            if (m_disk.exists(PlannedDisk::targetOf(fullPath(item), *item.destination))) {
                 item.reason += " (what it leads to is put there later, in the order of this file system)";
             }
         }
