@@ -172,8 +172,8 @@ Findings checkBundle(const std::string& path) {
     SettingsCheck settings(helper);  // works on beside the walk
     const CheckedBundle bundle = lookAt(path);
     for (const auto check :
-         {checkReading, checkLayout, checkScripts, checkPrograms, checkTree, checkPlaceholders, checkPermissions,
-          checkLinks, checkNames, checkDestinations, checkSizes, checkQuarantine}) {
+         {checkReading, checkLayout, checkScripts, checkPackages, checkPrograms, checkTree, checkPlaceholders,
+          checkPermissions, checkLinks, checkNames, checkDestinations, checkSizes, checkQuarantine}) {
         check(bundle, findings);
     }
     settings.finish(bundle, findings);
