@@ -198,14 +198,17 @@ TEST(PlanJson, HasAllItsMembers) {
                                                           {"reason", "why"},
                                                           {"files", 1},
                                                           {"bytes", 2048}}));
-    EXPECT_EQ(document.at("folders"), nlohmann::json::array({"/f"}));
-    EXPECT_EQ(document.at("passedOver"), nlohmann::json::array({"p"}));
+    EXPECT_EQ(document.at("folders"), nlohmann::json::parse(R"([{"path": "/f"}])"));
+    EXPECT_EQ(document.at("passedOver"), nlohmann::json::parse(R"([{"path": "p"}])"));
     EXPECT_EQ(document.at("totals").at("refused"), 1);
     EXPECT_EQ(document.size(), 12U);
 }
 
 TEST(PlanJson, KeepsTheBytesOfANameThatIsNotUTF8) {
-    const auto entry = json(planOf({item("/\xFF")})).at("items").at(0);
+    auto plan = planOf({item("/\xFF")});
+    plan.folders = {"/\xFE"};
+    const auto entry = json(plan).at("items").at(0);
+    EXPECT_EQ(json(plan).at("folders").at(0).at("pathBytes"), "2ffe");
     EXPECT_EQ(entry.at("destination"), "/\xEF\xBF\xBD");
     EXPECT_EQ(entry.at("destinationBytes"), "2fff");
     EXPECT_TRUE(entry.contains("sourceBytes"));

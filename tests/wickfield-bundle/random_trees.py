@@ -26,7 +26,8 @@ def destination_of(path, home):
 
 
 def is_package(name):
-    return any(name.lower().endswith(extension.lower()) for extension in PACKAGE_EXTENSIONS) and not name.startswith(b".")
+    """Whether a folder of that name is taken as one."""
+    return any(name.lower().endswith(extension.lower()) and name != extension for extension in PACKAGE_EXTENSIONS)
 
 
 class RandomTree:
@@ -106,8 +107,8 @@ class RandomTree:
                 make, name = self.write_file, self.file_name()
             elif kind < 0.6:
                 make, name = self.write_package, self.package_name()
-            elif kind < 0.65:  # one that leads to what stands on the disk
-                make, name = self.write_link, self.file_name()
+            elif kind < 0.65:  # one that leads to what stands on the disk, or to a folder on the way
+                make, name = self.write_link, self.random.choice([self.file_name, self.folder_name, self.package_name])()
             elif depth > 0:
                 make, name = lambda path: self.make_folder(path, depth - 1), self.folder_name()
             else:
@@ -117,7 +118,7 @@ class RandomTree:
                 make(path)
 
     def write_link(self, path):
-        os.symlink(self.folder + b"/standing", path)
+        os.symlink(self.random.choice([self.folder + b"/standing", self.folder + b"/shared", b".", b".."]), path)
 
     def make_folder(self, path, depth):
         os.mkdir(path)
@@ -135,17 +136,19 @@ class RandomTree:
                 self.fill(folder)
 
 
-def items_of(tree, here=b""):
-    """What an installation takes as one, by path in the tree, as (path, source): written down anew from the rules, for
-    trees in which no link leads to a folder."""
+def items_of(tree, here=b"", trail=()):
+    """What an installation takes as one, by path in the tree, with its source: written down anew from the rules."""
     found = {}
+    status = os.stat(tree + here)
+    trail = (*trail, (status.st_dev, status.st_ino))
     for name in os.listdir(tree + here):
         path = here + b"/" + name
         source = tree + path
-        is_folder = os.path.isdir(source) and not os.path.islink(source)
-        if is_folder and not any(name.lower().endswith(extension.lower()) and name != extension
-                                 for extension in PACKAGE_EXTENSIONS):
-            found.update(items_of(tree, path))
-        elif not name.startswith(b"."):
+        if os.path.isdir(source) and not is_package(name):
+            status = os.stat(source)
+            if (status.st_dev, status.st_ino) not in trail:
+                found.update(items_of(tree, path, trail))
+                continue
+        if not name.startswith(b"."):
             found[path] = source
     return found

@@ -38,6 +38,10 @@ class Maker:
         os.mkdir(self.tree)
         with open(self.folder + b"/standing", "wb") as file:
             file.write(b"stands there\n")
+        os.makedirs(self.folder + b"/shared/inner")
+        for name in (b"one", b"inner/two", b".hidden"):
+            with open(self.folder + b"/shared/" + name, "wb") as file:
+                file.write(name)
         self.trees = RandomTree(self.random, self.folder, attributes=has_attributes(self.folder), **traits)
         self.trees.fill_root(self.tree, self.target)
         self.items = self.make_items()
@@ -151,7 +155,7 @@ class Comparison:
                 case.assertEqual(write_times(destination), write_times(source), destination)
         made = {path for path in everything(self.maker.home, self.maker.target) - before
                 if not is_or_lies_in(path, trash) and not is_or_lies_in(path, self.destinations)}
-        folders = {os.fsencode(path) for path in self.plan["folders"]}
+        folders = {bytes_of(folder, "path") for folder in self.plan["folders"]}
         case.assertLessEqual(made, folders | {self.maker.target})
         replaced = [path for path, item in self.destinations.items() if item["state"] == "replaced"]
         files = self.maker.home + b"/.local/share/Trash/files"

@@ -67,7 +67,7 @@ class Showing(BundleCase):
 
     def test_the_folders_that_are_made_are_named(self):
         self.in_tree(f"{self.place}/a/one")
-        self.assertEqual(self.plan()["folders"], [str(self.place), f"{self.place}/a"])
+        self.assertEqual([folder["path"] for folder in self.plan()["folders"]], [str(self.place), f"{self.place}/a"])
 
     def test_the_desktops_own_choice_of_folders_counts_in_that_home(self):
         self.in_tree("/Users/user/Documents/manual.txt")
@@ -80,7 +80,7 @@ class Showing(BundleCase):
         plan = json.loads(self.output("show", "-j", "--home", "a/../new", self.installer.name))
         self.assertEqual(plan["home"], f"{self.work}/new")
         self.assertEqual(plan["items"][0]["destination"], f"{self.work}/new/x")
-        self.assertEqual(plan["folders"], [f"{self.work}/new"])
+        self.assertEqual(plan["folders"], [{"path": f"{self.work}/new"}])
 
     def test_ones_own_home_counts_when_none_is_named(self):
         if is_root():

@@ -39,15 +39,18 @@ Json jsonOf(const std::optional<PlannedScript>& script) {
                   : Json(nullptr);
 }
 
+// Under the key, and its bytes beside it where it is no UTF-8.
+void addPath(Json& json, const std::string& key, const std::optional<std::string>& path) {
+    json[key] = pathOrNull(path);
+    if (path && !isUTF8(*path)) {
+        json[key + "Bytes"] = hexadecimal(*path);
+    }
+}
+
 Json jsonOf(const PlannedItem& item) {
-    Json json{{"source", item.source}};
-    if (!isUTF8(item.source)) {
-        json["sourceBytes"] = hexadecimal(item.source);
-    }
-    json["destination"] = pathOrNull(item.destination);
-    if (item.destination && !isUTF8(*item.destination)) {
-        json["destinationBytes"] = hexadecimal(*item.destination);
-    }
+    Json json;
+    addPath(json, "source", item.source);
+    addPath(json, "destination", item.destination);
     json["kind"] = nameOf(item.kind);
     json["state"] = nameOf(item.state);
     json["administrator"] = item.needsAdministrator;
@@ -57,7 +60,11 @@ Json jsonOf(const PlannedItem& item) {
     return json;
 }
 
-Json jsonOf(const std::string& path) { return path; }
+Json jsonOf(const std::string& path) {
+    Json json;
+    addPath(json, "path", path);
+    return json;
+}
 
 Json jsonOf(const PlanTotals& totals, std::size_t items) {
     return {{"items", items},

@@ -35,12 +35,12 @@ void printTree(const Plan& plan, Drawing drawing, std::size_t columns, const Pri
 //     administrator whether an administrator is asked for
 //     reason        one sentence without a full stop, or ""
 //     files, bytes  numbers
-//   folders      paths of the folders that are made because they are missing
-//   passedOver   paths, from the bundle's own folder, of what is left out
+//   folders      array of objects with "path": the folders that are made because they are missing
+//   passedOver   likewise, what is left out, from the bundle's own folder
 //   totals       object of numbers: items, new, replaced, refused, unknown, administrator, files, bytes
 //
-// In ASCII. What is not UTF-8 in a path becomes U+FFFD; the item then has "sourceBytes" or "destinationBytes" too, the
-// bytes as hexadecimal digits. Items, folders and passedOver are in the order of their paths.
+// In ASCII. What is not UTF-8 in a path becomes U+FFFD; beside it then stands a member of the same name with "Bytes" at
+// its end, the bytes as hexadecimal digits. Items, folders and passedOver are in the order of their paths.
 void printJson(const Plan& plan, const Printer& print);
 
 }  // namespace wickfield_bundle
