@@ -10,6 +10,7 @@ namespace wickfield_media {
 namespace {
 
 using platform::qt::AgreementKind;
+// NOLINTNEXTLINE(misc-unused-using-decls): the check does not see literals
 using Qt::Literals::StringLiterals::operator""_s;
 
 QString nameOf(AgreementKind kind) {

@@ -23,9 +23,9 @@ bool isSame(std::string_view text, std::string_view lowerCase) {
 
 std::size_t findIgnoringCase(std::string_view text, std::string_view lowerCase, std::size_t from) {
     const auto rest = text.substr(std::min(from, text.size()));
-    const auto found = std::ranges::search(rest, lowerCase, {}, lowered);
-    return found.empty() && !lowerCase.empty() ? std::string_view::npos
-                                               : static_cast<std::size_t>(found.begin() - text.begin());
+    const auto* const found = std::search(rest.begin(), rest.end(), lowerCase.begin(), lowerCase.end(),
+                                          [](char left, char right) { return lowered(left) == right; });
+    return found == rest.end() ? std::string_view::npos : static_cast<std::size_t>(found - text.begin());
 }
 
 std::string_view trimmed(std::string_view text) {

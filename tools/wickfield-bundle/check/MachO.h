@@ -21,6 +21,7 @@ struct ByteSource {
 struct MachOVersion {
     unsigned major = 0;
     unsigned minor = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): it takes the comparison with 0 that this makes for one with a pointer
     friend auto operator<=>(const MachOVersion&, const MachOVersion&) = default;
 };
 
