@@ -13,10 +13,10 @@ COMMANDS = ("apt-get", "cmake")
 WITH_VALUE = ("--preset", "--target", "--component", "--prefix")
 
 
-def make(folder, build):
+def make(folder, build, commands=COMMANDS):
     """Puts them into a folder for the beginning of a PATH."""
     folder.mkdir()
-    for command in COMMANDS:
+    for command in commands:
         script = folder / command
         script.write_text(f'#!/bin/sh\nexec /usr/bin/python3 -B "{pathlib.Path(__file__).resolve()}" "{build}" '
                           f'{command} "$@"\n')
