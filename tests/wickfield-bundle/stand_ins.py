@@ -28,10 +28,12 @@ def fail(reason):
 
 
 def is_package(name):
-    known = subprocess.run(["apt-cache", "show", name], check=False, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-    installed = subprocess.run(["dpkg-query", "-W", name], check=False, stdout=subprocess.DEVNULL,
-                               stderr=subprocess.DEVNULL)
-    return (known.returncode == 0 and known.stdout.strip() != b"") or installed.returncode == 0
+    """One that is installed, or that could be."""
+    for question in (["dpkg-query", "-W", name], ["apt-cache", "show", name]):
+        answer = subprocess.run(question, check=False, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        if answer.returncode == 0 and answer.stdout.strip():
+            return True
+    return False
 
 
 def apt_get(words):
