@@ -66,7 +66,9 @@ PlacedItem placed(const ProjectItem& item) {
             refuse(item, "an item has to lie in a folder, as in /Library/" + components.front());
         }
         if (components.back().starts_with('.')) {
-            refuse(item, "an installation passes over items whose names begin with “.”");
+            refuse(item,
+                   "an installation passes over items whose names begin with “.”; end it in “/” to put the item into "
+                   "that folder");
         }
     }
     std::string place;

@@ -63,7 +63,9 @@ std::span<const Option> projectOptions() { return options; }
 ProjectItem itemOfOption(const std::string& text) {
     const auto equals = text.rfind("=/");
     if (equals == std::string::npos || equals == 0) {
-        throw UsageError("--item " + text + " is no SOURCE=DESTINATION; a destination begins with “/”");
+        throw UsageError("--item " + text +
+                         " is no SOURCE=DESTINATION; a destination begins with “/”, and “/Users/user/” stands for the "
+                         "home folder of whoever installs");
     }
     return {text.substr(0, equals), text.substr(equals + 1)};
 }
