@@ -4,6 +4,8 @@ import os
 import pathlib
 import re
 import shutil
+import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -11,6 +13,12 @@ import stand_ins
 import tutorial
 from support import WICKFIELD_BUNDLE, BundleCase
 from test_installed import BUILD, TEMPLATE, install_maker
+
+sys.path.insert(0, os.environ.get("WICKFIELD_E2E_TESTS", ""))
+try:
+    from case import WindowCase
+except ImportError:
+    WindowCase = unittest.TestCase
 
 ROOT = tutorial.ROOT
 SCHEMA = ROOT / "tools" / "wickfield-bundle" / "wickfield.schema.json"
@@ -65,6 +73,48 @@ class FollowingIt(unittest.TestCase):
         self.assertEqual(code, 0, step.printed)
         self.assertRegex(step.printed, r"\Awickfield-bundle \d")
         self.assertEqual(sorted(os.listdir(self.home / ".local")), ["bin", "libexec", "share"])
+
+
+class OpeningIt(WindowCase):
+    """The installer that the tutorial ends with, in its window."""
+
+    def setUp(self):
+        if WindowCase is unittest.TestCase:
+            self.skipTest("the installer's window is not built")
+        super().setUp()
+        self.reader = tutorial.make_home()
+        self.addCleanup(shutil.rmtree, self.reader, ignore_errors=True)
+        install_maker(self.folder / "prefix", self.folder)
+        tutorial.prepare(self.reader, self.folder / "prefix")
+
+    def make_installer(self):
+        steps = tutorial.steps()
+        last = next(number for number, step in enumerate(steps) if step.title == "The archive")
+        self.assertEqual(tutorial.run(steps[:last], self.reader), 0)
+        return type(self.built)(self.reader / "pebble" / "Pebble Installer.app")
+
+    def show(self, bundle, home):
+        run = subprocess.run([WICKFIELD_BUNDLE, "show", "--json", "--home", str(home.path), str(bundle.path)],
+                             check=True, timeout=60, stdout=subprocess.PIPE)
+        return json.loads(run.stdout)
+
+    def test_it_asks_for_agreement_and_does_what_show_and_the_script_say(self):
+        bundle = self.make_installer()
+        customer = type(self.home)(self.reader / "customer", logging=False)
+        cache = customer.path / "Library" / "Caches" / "Pebble"
+        cache.mkdir(parents=True)
+        items = {item["destination"]: item["state"] for item in self.show(bundle, customer)["items"]}
+        self.assertEqual(sorted(items.values()), ["new", "new", "new", "replaced"])
+        installer = self.launch(bundle, customer)
+        installer.wait_for_window("Pebble Installer")
+        installer.press_button("Agree")
+        installer.press_button("Install")
+        installer.wait_for_text("Installation complete", seconds=60)
+        for destination in items:
+            self.assertTrue(os.path.lexists(destination), destination)
+        self.assertEqual((customer.path / "Documents/Pebble/Presets/Calm.preset").read_text(), "size = 3\n")
+        self.assertEqual(customer.trashed(), ["Calm.preset"])
+        self.assertFalse(cache.exists())
 
 
 class LookingThingsUp(BundleCase):
