@@ -1,11 +1,17 @@
 #include "tools/wickfield-bundle/check/Check.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
+#include <future>
+#include <iterator>
+#include <span>
 #include <system_error>
+#include <utility>
 
 #include "app/InstallationTree.h"
 #include "app/UserPlaceholders.h"
+#include "lib/KZLocalPaths.h"
 #include "lib/base/PathText.h"
 #include "platform/linux/services/LinuxMainBundle.h"
 #include "platform/ports/Host.h"
@@ -19,10 +25,21 @@ namespace {
 
 constexpr std::size_t mostBeyondLinks = 20000;  // folders and items
 
+CheckedItem::Guard guardOf(const std::string& destination) {
+    if (!destination.starts_with('/') || !KZLocalPaths::isPathSystemDirectory(destination)) {
+        return CheckedItem::Guard::none;
+    }
+    return KZLocalPaths::isPathSystemDirectory(destination, ExactMatch::yes) ? CheckedItem::Guard::standardFolder
+                                                                             : CheckedItem::Guard::systemFolder;
+}
+
 CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& bundlePath) {
+    std::string destination = UserPlaceholders::replaced(item.path).value_or(item.path);
+    const CheckedItem::Guard guard = guardOf(destination);
     return {.place = item.source.substr(bundlePath.size() + 1),
             .path = item.path,
-            .destination = UserPlaceholders::replaced(item.path).value_or(item.path)};
+            .destination = std::move(destination),
+            .guard = guard};
 }
 
 // The installer's own walk, but that it stays in the bundle and ends.
@@ -107,6 +124,19 @@ void checkReading(const CheckedBundle& bundle, Findings& findings) {
     }
 }
 
+// Two threads take one half each; where there is nothing special they take about the same time.
+constexpr std::array someRules{checkNames, checkLinks, checkPermissions, checkTree};
+constexpr std::array otherRules{checkReading,      checkLayout,       checkScripts, checkPackages,  checkPrograms,
+                                checkPlaceholders, checkDestinations, checkSizes,   checkQuarantine};
+
+Findings run(std::span<void (*const)(const CheckedBundle&, Findings&)> rules, const CheckedBundle& bundle) {
+    Findings findings;
+    for (const auto rule : rules) {
+        rule(bundle, findings);
+    }
+    return findings;
+}
+
 void sort(Findings& findings) {
     std::ranges::stable_sort(findings, [](const Finding& left, const Finding& right) {
         if (left.severity != right.severity) {
@@ -171,11 +201,9 @@ Findings checkBundle(const std::string& path) {
 
     SettingsCheck settings(helper);  // works on beside the walk
     const CheckedBundle bundle = lookAt(path);
-    for (const auto check :
-         {checkReading, checkLayout, checkScripts, checkPackages, checkPrograms, checkTree, checkPlaceholders,
-          checkPermissions, checkLinks, checkNames, checkDestinations, checkSizes, checkQuarantine}) {
-        check(bundle, findings);
-    }
+    auto others = std::async(std::launch::async, [&] { return run(someRules, bundle); });
+    findings = run(otherRules, bundle);
+    std::ranges::move(others.get(), std::back_inserter(findings));
     settings.finish(bundle, findings);
     sort(findings);
     return findings;

@@ -12,9 +12,12 @@ namespace wickfield_bundle {
 
 // What an installation puts in place as one, as the installer's own walk finds it.
 struct CheckedItem {
-    std::string place;        // of its source, from the bundle's folder; by way of a link it is in no inventory
-    std::string path;         // below the tree, as "/Library/x"; "x" at its very top
-    std::string destination;  // for a customer whose home is "/Users/user"
+    enum class Guard { none, standardFolder, systemFolder };  // the folder itself; something in one of the system's
+
+    std::string place;          // of its source, from the bundle's folder; by way of a link it is in no inventory
+    std::string path;           // below the tree, as "/Library/x"; "x" at its very top
+    std::string destination;    // for a customer whose home is "/Users/user"
+    Guard guard = Guard::none;  // why the destination is not to be touched, as the file operations see it
 };
 
 // What a rule may look at.

@@ -5,11 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "lib/KZLocalPaths.h"
 #include "lib/base/PathText.h"
-#include "platform/ports/Host.h"
 #include "tools/wickfield-bundle/check/Check.h"
-#include "tools/wickfield-bundle/check/ModelCustomer.h"
 #include "tools/wickfield-bundle/check/NameFolding.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 
@@ -42,12 +39,11 @@ void look(const CheckedItem& item, Findings& findings) {
     if (!destination.starts_with('/')) {
         return;
     }
-    const bool isSystems = KZLocalPaths::isPathSystemDirectory(destination);
-    if (isSystems && KZLocalPaths::isPathSystemDirectory(destination, ExactMatch::yes)) {
+    if (item.guard == CheckedItem::Guard::standardFolder) {
         add(findings, "destination-refused", item.place, put + ", which is a folder of the system itself.");
     } else if (isTemporary(destination)) {
         add(findings, "destination-temporary", item.place, put + ".");
-    } else if (isSystems) {
+    } else if (item.guard == CheckedItem::Guard::systemFolder) {
         add(findings, "destination-system", item.place, put + ", among the system's own files.");
     } else if (destination.starts_with("/Volumes/")) {
         add(findings, "destination-volume", item.place, put + ".");
@@ -89,7 +85,6 @@ void checkCollisions(const CheckedBundle& bundle, Findings& findings) {
 }  // namespace
 
 void checkDestinations(const CheckedBundle& bundle, Findings& findings) {
-    const platform::ScopedHost scope(hostOfModelCustomer());  // whose standard folders are a Mac's
     for (const CheckedItem& item : bundle.items) {
         look(item, findings);
     }

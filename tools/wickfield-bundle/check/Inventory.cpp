@@ -1,6 +1,5 @@
 #include "tools/wickfield-bundle/check/Inventory.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -8,11 +7,11 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <system_error>
 #include <utility>
 #include <variant>
 
+#include "platform/linux/services/files/FolderListing.h"
 #include "platform/ports/Host.h"
 #include "platform/posix/Descriptor.h"
 #include "tools/wickfield-bundle/check/EntryAttributes.h"
@@ -42,24 +41,8 @@ std::string reasonFor(int code) { return std::generic_category().message(code); 
 
 // 0 or an errno; sorted by bytes.
 int namesIn(int folder, std::vector<std::string>& names) {
-    Descriptor own(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(own ? ::fdopendir(own.get()) : nullptr, ::closedir);
-    if (!stream) {
-        return errno;
-    }
-    (void)own.release();  // the stream's by now
-    for (;;) {
-        errno = 0;
-        const dirent* const entry = ::readdir(stream.get());
-        if (entry == nullptr) {
-            break;
-        }
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..") {
-            names.emplace_back(name);
-        }
-    }
-    const int code = errno;
+    const int code = platform::linux_host::visitFolder(
+        folder, platform::VisitSizes::no, [&](const platform::VisitedEntry& entry) { names.emplace_back(entry.name); });
     std::ranges::sort(names);
     return code;
 }
