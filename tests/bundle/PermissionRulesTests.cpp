@@ -51,6 +51,17 @@ TEST_F(PermissionRules, FindWhatEverybodyMayChange) {
                                                               Found{"mode-writable", inTree("Library/Reverb.vst3")}));
 }
 
+TEST_F(PermissionRules, FindItemsThatTheirOwnerMayNotWriteTo) {
+    write(inTree("Library/a"), "", 0444);
+    write(inTree("Users/user/b"), "", 0555);
+    write(inTree("Library/Reverb.vst3/inside"), "", 0444);
+    folder(inTree("Library/Delay.vst3"), 0555);
+    folder(inTree("Library/on the way"), 0555);
+    EXPECT_THAT(found(checkPermissions), UnorderedElementsAre(Found{"mode-read-only", inTree("Library/a")},
+                                                              Found{"mode-read-only", inTree("Users/user/b")},
+                                                              Found{"mode-read-only", inTree("Library/Delay.vst3")}));
+}
+
 TEST_F(PermissionRules, FindProgramsThatRunAsSomebodyElse) {
     write(inTree("Library/a"), "", 04755);
     write(inTree("Users/user/b"), "", 02755);

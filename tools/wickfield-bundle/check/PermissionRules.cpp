@@ -26,6 +26,7 @@ public:
         m_needed = entry.type == FileType::folder ? 5U : 4U;  // into a folder one has to get as well
     }
     bool ownerMayRead() const { return ((m_permissions >> 6U) & m_needed) == m_needed; }
+    bool ownerMayWrite() const { return (m_permissions & 0200U) != 0; }
     bool othersMayRead() const { return (m_permissions & m_needed) == m_needed; }
     bool othersMayWrite() const { return (m_permissions & 2U) != 0; }
 
@@ -41,6 +42,9 @@ void look(const InventoryEntry& entry, const CheckedItem* item, Findings& findin
     }
     if (entry.type == FileType::regular && (entry.permissions & setID) != 0) {
         add(findings, "mode-set-id", entry.path, modeOf(entry) + ".");
+    }
+    if (item != nullptr && item->place == entry.path && rights.ownerMayRead() && !rights.ownerMayWrite()) {
+        add(findings, "mode-read-only", entry.path, modeOf(entry) + ".");
     }
     // Folders on the way to an item are made anew, with rights of their own.
     if (item == nullptr || isInModelHome(item->destination)) {

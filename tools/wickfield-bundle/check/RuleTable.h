@@ -162,6 +162,11 @@ inline constexpr auto ruleTable = std::to_array<Rule>({
     {"mode-writable", Severity::warning,
      "Everybody may change something that is installed for all: any program can put its own code there.",
      "Take away the others' right to write (chmod o-w)."},
+    {"mode-read-only", Severity::warning,
+     "The owner of something that is installed may not write to it: the installer asks for an administrator's "
+     "password, "
+     "only to give it a fresh date.",
+     "Give the owner the right to write (chmod u+w)."},
     {"mode-set-id", Severity::warning,
      "A file runs with its owner's or group's rights (set-id); who that is on the customer's disk depends on who "
      "installs it.",

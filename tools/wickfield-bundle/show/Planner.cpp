@@ -37,14 +37,15 @@ struct Measure {
     bool holdsSpecials = false;
 };
 
-bool isReadOnly(const std::optional<platform::FileAttributes>& attributes) {
+using Attributes = std::optional<platform::FileAttributes>;
+
+bool isReadOnly(const Attributes& attributes) {
     constexpr unsigned ownerMayWrite = 0200;
     return attributes && (attributes->permissions & ownerMayWrite) == 0;
 }
 
 Measure measurePackage(const std::string& path) {
     Measure measure;
-    measure.isReadOnly = isReadOnly(platform::host().files->attributes(path));
     const Inventory inventory = takeInventory(path);
     for (const InventoryEntry& entry : inventory.entries) {
         if (entry.type == FileType::folder) {
@@ -67,23 +68,22 @@ Measure measurePackage(const std::string& path) {
     return measure;
 }
 
-Measure measureItem(const std::string& path, ItemKind kind) {
-    if (kind == ItemKind::package) {
-        return measurePackage(path);
-    }
-    const auto attributes = platform::host().files->attributes(path);
+Measure measureItem(const std::string& path, ItemKind kind, const Attributes& attributes) {
     Measure measure;
-    measure.files = 1;
-    measure.bytes = attributes ? attributes->size : 0;
-    measure.isReadOnly = kind != ItemKind::link && isReadOnly(attributes);
+    if (kind == ItemKind::package) {
+        measure = measurePackage(path);
+    } else {
+        measure.files = 1;
+        measure.bytes = attributes ? attributes->size : 0;
+    }
     if (kind == ItemKind::file && rightToRead(path) != Right::granted) {
         measure.obstacle = "only an administrator may read it";
     }
+    measure.isReadOnly = kind != ItemKind::link && isReadOnly(attributes);
     return measure;
 }
 
-ItemKind kindOf(const std::string& path) {
-    const auto attributes = platform::host().files->attributes(path);
+ItemKind kindOf(const Attributes& attributes) {
     switch (attributes ? attributes->type : FileType::regular) {
         case FileType::folder:
             return ItemKind::package;
@@ -154,8 +154,9 @@ private:
         planned.source = inBundle(item.source);
         planned.path = item.path;
         planned.destination = UserPlaceholders::replaced(item.path);
-        planned.kind = kindOf(item.source);
-        const Measure measure = measureItem(item.source, planned.kind);
+        const auto attributes = platform::host().files->attributes(item.source);
+        planned.kind = kindOf(attributes);
+        const Measure measure = measureItem(item.source, planned.kind, attributes);
         planned.files = measure.files;
         planned.bytes = measure.bytes;
         const auto verdict = verdictOn(item.source, planned);
