@@ -164,8 +164,7 @@ inline constexpr auto ruleTable = std::to_array<Rule>({
      "Take away the others' right to write (chmod o-w)."},
     {"mode-read-only", Severity::warning,
      "The owner of something that is installed may not write to it: the installer asks for an administrator's "
-     "password, "
-     "only to give it a fresh date.",
+     "password, only to give it a fresh date.",
      "Give the owner the right to write (chmod u+w)."},
     {"mode-set-id", Severity::warning,
      "A file runs with its owner's or group's rights (set-id); who that is on the customer's disk depends on who "
