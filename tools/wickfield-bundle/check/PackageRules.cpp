@@ -51,9 +51,18 @@ constexpr std::array<CodeKind, 18> codeKinds{{{"aaxplugin", "", "plug-ins"},
                                               {"vst3", "BNDL", "vst3"},
                                               {"xpc", "XPC!", ""}}};
 
-const CodeKind* kindOf(std::string_view name) {
-    const std::string extension = kz::lowercased(kz::pathExtension(name));
-    const auto found = std::ranges::find(codeKinds, extension, &CodeKind::extension);
+char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// Asked of every item, most of which are none.
+const CodeKind* kindOf(std::string_view path) {
+    const std::string_view name = path.substr(path.rfind('/') + 1);
+    const auto dot = name.rfind('.');
+    if (dot == std::string_view::npos || dot == 0) {
+        return nullptr;
+    }
+    const auto found = std::ranges::find_if(codeKinds, [extension = name.substr(dot + 1)](const CodeKind& kind) {
+        return std::ranges::equal(extension, kind.extension, {}, lowered);
+    });
     return found == codeKinds.end() ? nullptr : &*found;
 }
 
