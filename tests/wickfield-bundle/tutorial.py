@@ -85,7 +85,8 @@ def run(wanted, home, folder=None):
                           stdin=subprocess.DEVNULL, check=False, timeout=250, **ordinary).returncode
     for step, output in zip(wanted, outputs):
         if output.exists():
-            step.printed = output.read_text().replace(os.fspath(home), HOME)
+            printed = output.read_text().replace(os.fspath(home), HOME)
+            step.printed = printed.replace(os.fspath(home).lstrip("/"), HOME.lstrip("/"))  # below a root of its own
             output.unlink()
     return code
 
