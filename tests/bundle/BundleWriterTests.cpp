@@ -168,6 +168,9 @@ TEST_F(WritingABundle, RefusesToWriteIntoItsOwnSources) {
     wishes.outputFolder = place / "shortcut";
     EXPECT_THAT(failure(), HasSubstr("choose another folder by --output"));
     EXPECT_TRUE(std::filesystem::is_empty(place / "Brook.vst3/Contents/out"));
+    wishes.outputFolder = place / "Brook.vst3/Contents/new/folder";
+    EXPECT_THAT(failure(), HasSubstr("choose another folder by --output"));
+    EXPECT_FALSE(stands(place / "Brook.vst3/Contents/new"));
 }
 
 TEST_F(WritingABundle, RefusesToReplaceTheBundleThatASourceLiesIn) {

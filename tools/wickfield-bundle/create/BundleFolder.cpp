@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cerrno>
-#include <ranges>
 #include <utility>
 
 #include "platform/linux/services/files/PathParts.h"
@@ -107,7 +106,8 @@ void BundleFolder::finish(const FileTimes& times) {
     }
     const auto folders = std::move(m_folders);
     m_folders.clear();
-    for (const auto& [place, state] : folders | std::views::reverse) {
+    for (auto at = folders.rbegin(); at != folders.rend(); ++at) {
+        const auto& [place, state] = *at;
         const Descriptor folder = open(place);
         const mode_t mode = state.isOurs ? modeOfFolders : state.status.st_mode & 07777U;
         throwWhenFailed(resultOf(::fchmod(folder.get(), mode)), "make", place);

@@ -97,9 +97,12 @@ WrittenBundle writeBundle(const BundlePlan& plan, const WriteWishes& wishes) {
         archive.emplace(staged, *written.archive, wishes.warn);
     }
     throwWhenInterrupted();
-    staged.publish(wishes.replace);
+    const platform::Failure left = staged.publish(wishes.replace);
     if (archive) {
         archive->publish(wishes.replace);
+    }
+    if (left) {
+        wishes.warn("what was replaced is still there: " + left->description);
     }
     return written;
 }

@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::size_t longestPath = 4096;  // bytes
 
+std::string quoted(const std::string& text) { return "“" + text + "”"; }
+
 [[noreturn]] void refuse(const ProjectItem& item, const std::string& why) {
     throw SenselessProject("“" + item.source + "” cannot go to “" + item.destination + "”: " + why);
 }
@@ -37,10 +39,10 @@ std::vector<std::string> componentsOf(const ProjectItem& item) {
 void checkComponents(const ProjectItem& item, const std::vector<std::string>& components) {
     for (const std::string& component : components) {
         if (component == "." || component == "..") {
-            refuse(item, "write the destination without “" + component + "”");
+            refuse(item, "write the destination without " + quoted(component));
         }
         if (const std::string objection = objectionToFileName(component); !objection.empty()) {
-            refuse(item, "“" + component + "” " + objection);
+            refuse(item, quoted(component) + " " + objection);
         }
     }
 }

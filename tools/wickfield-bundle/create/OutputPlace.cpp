@@ -12,6 +12,24 @@ namespace {
 
 platform::FileManager& files() { return *platform::host().files; }
 
+// The folder itself or the nearest above it that is there; "." or "/" at the farthest.
+std::string nearestExisting(std::string folder) {
+    while (!files().fileExists(folder)) {
+        const std::string above = kz::deletingLastPathComponent(folder);
+        folder = above.empty() ? "." : above;
+    }
+    return folder;
+}
+
+// The folder that really holds the item, whatever links led to it.
+std::string holding(const std::string& path) {
+    if (files().isFolder(path)) {
+        return path + "/..";
+    }
+    const std::string above = kz::deletingLastPathComponent(path);
+    return above.empty() ? "." : above;
+}
+
 // Whether the item that the path leads to is the folder or lies in it.
 bool liesIn(const std::string& path, const platform::FileIdentity& folder) {
     std::string at = path;
@@ -20,9 +38,7 @@ bool liesIn(const std::string& path, const platform::FileIdentity& folder) {
         if (*present == folder) {
             return true;
         }
-        at = files().isFolder(at)                        ? at + "/.."
-             : kz::deletingLastPathComponent(at).empty() ? "."
-                                                         : kz::deletingLastPathComponent(at);
+        at = holding(at);
         const auto above = files().identity(at);
         if (above == present) {
             return false;  // the root
@@ -50,12 +66,10 @@ void checkFree(const std::string& path, Replace replace) {
 }  // namespace
 
 void prepareOutput(const OutputPlace& place, Replace replace, const std::vector<std::string>& sources) {
-    if (const auto failure = files().createDirectory(place.folder, platform::Intermediates::yes)) {
-        throw CreateFailure(*failure);
-    }
+    const std::string folder = nearestExisting(place.folder);
     for (const std::string& source : sources) {
         const auto identity = files().identity(source);
-        if (identity && files().isFolder(source) && liesIn(place.folder, *identity)) {
+        if (identity && files().isFolder(source) && liesIn(folder, *identity)) {
             throw CreateFailure("“" + place.folder + "” lies in “" + source +
                                 "”, which is to go into the bundle; choose another folder by --output");
         }
@@ -76,6 +90,9 @@ void prepareOutput(const OutputPlace& place, Replace replace, const std::vector<
         if (files().isFolder(*place.archive)) {
             throw CreateFailure("“" + *place.archive + "” is a folder; remove it yourself");
         }
+    }
+    if (const auto failure = files().createDirectory(place.folder, platform::Intermediates::yes)) {
+        throw CreateFailure(*failure);
     }
 }
 

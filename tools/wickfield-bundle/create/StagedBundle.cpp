@@ -6,7 +6,6 @@
 #include <sys/xattr.h>
 
 #include <cerrno>
-#include <utility>
 
 #include "platform/linux/services/files/ItemPlace.h"
 #include "platform/linux/services/files/ItemRemover.h"
@@ -19,7 +18,7 @@ namespace wickfield_bundle {
 
 namespace linux_host = platform::linux_host;
 
-StagedBundle::StagedBundle(std::string outputFolder, std::string name)
+StagedBundle::StagedBundle(const std::string& outputFolder, const std::string& name)
     : m_hidden(linux_host::joinPath(outputFolder, linux_host::stagedName())),
       m_staged(linux_host::joinPath(m_hidden, name)),
       m_final(linux_host::joinPath(outputFolder, name)) {
@@ -44,7 +43,7 @@ StagedBundle::~StagedBundle() {
     (void)linux_host::removeTree(m_hidden, linux_host::Removal::openingFolders);
 }
 
-void StagedBundle::publish(Replace replace) {
+platform::Failure StagedBundle::publish(Replace replace) {
     const auto from = linux_host::placeAt(m_staged);
     const auto to = linux_host::placeAt(m_final);
     int code = linux_host::renameWithoutReplacing(from, to);
@@ -65,6 +64,8 @@ void StagedBundle::publish(Replace replace) {
         throw CreateFailure("“" + m_final + "” is there already; --force replaces it");
     }
     throwWhenFailed(code, "make", m_final);
+    m_bundle.reset();
+    return linux_host::removeTree(m_hidden, linux_host::Removal::openingFolders);
 }
 
 }  // namespace wickfield_bundle

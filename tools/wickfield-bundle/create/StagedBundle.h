@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/ports/Error.h"
 #include "platform/posix/Descriptor.h"
 
 namespace wickfield_bundle {
@@ -13,7 +14,7 @@ class StagedBundle {
 public:
     // Makes an empty bundle folder of the final name in a hidden folder beside it, for the owner alone. `outputFolder`
     // has to be there. Throws CreateFailure.
-    StagedBundle(std::string outputFolder, std::string name);
+    StagedBundle(const std::string& outputFolder, const std::string& name);
     ~StagedBundle();  // removes what was not published
     StagedBundle(const StagedBundle&) = delete;
     StagedBundle& operator=(const StagedBundle&) = delete;
@@ -23,8 +24,8 @@ public:
     const std::string& finalPath() const { return m_final; }
 
     // In one step. With `no` whatever has the name by now is a failure; with `yes` what was there is removed after the
-    // exchange. Throws CreateFailure.
-    void publish(Replace replace);
+    // exchange. Throws CreateFailure. What comes back is why the replaced one is still there, under a hidden name.
+    platform::Failure publish(Replace replace);
 
 private:
     std::string m_hidden;  // the folder that holds the staged bundle

@@ -22,6 +22,8 @@ constexpr std::array<std::string_view, 11> keysOfProject{"name",        "version
 constexpr std::array<std::string_view, 2> keysOfItem{"source", "destination"};
 constexpr std::string_view schemaKey = "$schema";
 
+std::string quoted(const std::string& text) { return "“" + text + "”"; }
+
 class Reader {
 public:
     Reader(std::string_view contents, const std::string& path)
@@ -58,12 +60,13 @@ private:
     void readMembers(const LocatedValue& object, std::span<const std::string_view> known, const std::string& within) {
         std::set<std::string> seen;
         for (const auto& [key, value] : object.members) {
+            const std::string name = within + key;
             if (!seen.insert(key).second) {
-                complain(value, "“" + within + key + "” stands there twice; leave out one");
+                complain(value, quoted(name) + " stands there twice; leave out one");
             } else if (std::ranges::find(known, key) == known.end() && !(within.empty() && key == schemaKey)) {
                 const auto nearest = nearestName(key, known);
-                complain(value, "“" + within + key + "” is unknown" +
-                                    (nearest ? "; is “" + within + *nearest + "” meant?" : ""));
+                complain(value, quoted(name) + " is unknown" +
+                                    (nearest ? "; is " + quoted(within + *nearest) + " meant?" : ""));
             }
         }
     }
