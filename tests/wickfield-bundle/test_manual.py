@@ -2,9 +2,13 @@
 import json
 import os
 import pathlib
+import pty
 import re
+import select
 import shutil
+import signal
 import subprocess
+import time
 
 from support import WICKFIELD_BUNDLE, BundleCase
 
@@ -118,6 +122,44 @@ class Completion(OwnWords):
         self.assertEqual(self.offered("create", "--name", ""), [])
         self.assertEqual(self.offered("create", ""), [])
         self.assertEqual(self.offered("mend", ""), [])
+
+    def typed_on_a_terminal(self, keys, wanted):
+        """What an interactive bash shows after these keys, up to what is wanted or for ten seconds."""
+        child, terminal = pty.fork()
+        if child == 0:
+            os.chdir(self.work)
+            os.execve("/bin/bash", ["bash", "--noprofile", "--norc", "-i"],
+                      {**self.environment, "PS1": "ready> ", "INPUTRC": "/dev/null", "HISTFILE": "", "TERM": "dumb"})
+        os.write(terminal, f"bind 'set enable-bracketed-paste off'; source '{COMPLETION}'\n".encode())
+        shown, deadline, sent = b"", time.monotonic() + 10, False
+        while time.monotonic() < deadline and wanted not in shown:
+            if select.select([terminal], [], [], 0.1)[0]:
+                shown += os.read(terminal, 65536)
+            if not sent and shown.count(b"ready> ") >= 2:
+                os.write(terminal, keys)
+                sent = True
+        os.kill(child, signal.SIGKILL)
+        os.close(terminal)
+        os.waitpid(child, 0)
+        return shown
+
+    def test_the_tab_key_completes_words_and_quotes_names(self):
+        wanted = b"wickfield-bundle check --strict My\\ Installer.app/"
+        self.assertIn(wanted, self.typed_on_a_terminal(b"wickfield-bundle che\t--str\tMy\t", wanted))
+
+    def test_the_tab_key_goes_on_from_a_name_that_is_quoted(self):
+        wanted = b"My\\ Installer.app/"
+        self.assertIn(wanted, self.typed_on_a_terminal(b"wickfield-bundle check My\\ In\t", wanted))
+
+    def test_the_destination_can_be_typed_right_behind_a_source(self):
+        wanted = b"--item wickfield.json=/opt"
+        self.assertIn(wanted, self.typed_on_a_terminal(b"wickfield-bundle create --item wick\t=/opt", wanted))
+
+    def test_a_name_is_offered_as_it_is(self):
+        self.file("star/a")
+        self.file("s*/b")
+        self.assertEqual(self.offered("check", "s"), ["s*", "star"])
+        self.assertEqual(self.offered("check", "s*"), ["s*"])
 
     def test_a_program_that_is_missing_offers_nothing(self):
         self.environment["PATH"] = "/usr/bin:/bin"

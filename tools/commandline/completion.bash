@@ -31,14 +31,23 @@ _wickfield_options() {
     done <<< "$1"
 }
 
-# _wickfield_names KIND BEGINNING: what a value or an operand of that kind may be.
-_wickfield_names() {
+# _wickfield_offer KIND BEGINNING: offers what a value or an operand of that kind may be.
+_wickfield_offer() {
+    local names=''
     case $1 in
-        *'|'*) compgen -W "${1//|/$'\n'}" -- "$2" ;;
-        FOLDER | BUNDLE) compopt -o filenames 2> /dev/null; compgen -d -- "$2" ;;
-        FILE | NAME | SOURCE | SOURCE=* | ARCHIVE | DESTINATION) compopt -o filenames 2> /dev/null; compgen -f -- "$2" ;;
-        USER) compgen -u -- "$2" ;;
+        *'|'*) names=$(compgen -W "${1//|/$'\n'}" -- "$2") ;;
+        FOLDER | BUNDLE) names=$(compgen -d -- "$2") ;;
+        FILE | NAME | SOURCE | SOURCE=* | ARCHIVE | DESTINATION) names=$(compgen -f -- "$2") ;;
     esac
+    if [[ $1 != *'|'* ]]; then
+        compopt -o filenames 2> /dev/null  # which quotes them, and ends a folder in "/"
+    fi
+    if [[ $1 == SOURCE=* ]]; then
+        compopt -o nospace 2> /dev/null  # the destination follows
+    fi
+    if [[ -n $names ]]; then
+        mapfile -t COMPREPLY <<< "$names"
+    fi
 }
 
 _wickfield_complete() {
@@ -66,7 +75,7 @@ _wickfield_complete() {
     fi
     while IFS=' ' read -r letter word value; do
         if [[ $value != . && ($previous == "$letter" || $previous == "$word") ]]; then
-            COMPREPLY=($(_wickfield_names "$value" "$current"))
+            _wickfield_offer "$value" "$current"
             return
         fi
     done < <(_wickfield_options "$help")
@@ -75,7 +84,7 @@ _wickfield_complete() {
     elif [[ -n $command ]]; then
         operand=${help%%$'\n'*}
         operand=${operand##*[ \[]}
-        COMPREPLY=($(_wickfield_names "${operand%%[].]*}" "$current"))
+        _wickfield_offer "${operand%%[].]*}" "$current"
     fi
 }
 
