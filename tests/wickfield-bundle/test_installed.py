@@ -2,6 +2,7 @@
 import json
 import os
 import pathlib
+import shutil
 import subprocess
 
 from support import BundleCase
@@ -89,6 +90,13 @@ class Installed(BundleCase):
                                   ("share/bash-completion/completions/wickfield-bundle",
                                    "tools/commandline/completion.bash")):
             self.assertEqual((self.prefix / installed).read_bytes(), (ROOT / source).read_bytes(), installed)
+
+    def test_man_finds_the_manual_by_the_path_of_the_program(self):
+        if shutil.which("manpath") is None:
+            self.skipTest("there is no man on this machine")
+        run = subprocess.run(["manpath", "-q"], check=True, timeout=60, stdout=subprocess.PIPE,
+                             env={"PATH": f"{self.prefix}/bin:/usr/bin:/bin", "HOME": str(self.home)})
+        self.assertIn(f"{self.prefix}/share/man", run.stdout.decode().strip().split(":"))
 
     def test_the_example_finds_its_schema(self):
         example = self.prefix / "share/wickfield/example"
