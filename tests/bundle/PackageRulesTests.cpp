@@ -141,13 +141,6 @@ TEST_F(CheckingPackages, NotesWhereTheInstallerRunsAndThePlugInDoesNot) {
     EXPECT_EQ(reason(checkPackages), "It has code for Linux alone.");
 }
 
-TEST_F(CheckingPackages, CallsAnApplicationThatCannotBeStartedAnError) {
-    const std::string application = inTree("Applications/Echo.app");
-    write(application + "/Contents/Info.plist", plist({{"CFBundlePackageType", "APPL"}}));
-    write(application + "/Contents/MacOS/Echo", "code", 0644);
-    EXPECT_THAT(found(checkPackages), ElementsAre(Found{"application-mode", application + "/Contents/MacOS/Echo"}));
-}
-
 TEST_F(CheckingPackages, WarnsOfTwoWithOneIdentifier) {
     const std::string other = inTree("Library/Audio/Plug-Ins/VST3/Other/Echo.vst3");
     good();

@@ -84,6 +84,19 @@ TEST_F(CheckingPrograms, WarnsOfCodeInAPlugInThatNobodyMayExecute) {
     EXPECT_THAT(foundIn("just a text beside it\n", 0644), IsEmpty());
 }
 
+TEST_F(CheckingPrograms, CallsAnApplicationThatCannotBeStartedAnError) {
+    const std::string first = inTree("Applications/Echo.app/Contents/MacOS/Echo");
+    const std::string nested = inTree("Library/Echo.bundle/Contents/Resources/Tool.app/Contents/MacOS/Tool");
+    write(first, "#!/bin/bash\n", 0644);
+    write(nested, samples::bothProcessors(), 0644);
+    EXPECT_THAT(found(checkPrograms), ElementsAre(Found{"application-mode", first}, Found{"application-mode", nested}));
+}
+
+TEST_F(CheckingPrograms, LeavesTheInstallersOwnProgramsModeToItsOwnRule) {
+    write("Contents/MacOS/Example", samples::bothProcessors(), 0644);
+    EXPECT_THAT(found(checkPrograms), IsEmpty());
+}
+
 TEST_F(CheckingPrograms, FindsLibrariesAndExecutableFilesOutsideOfBundlesToo) {
     const std::string library = inTree("Library/Application Support/Echo/libecho.dylib");
     const std::string tool = inTree("usr/local/bin/echotool");

@@ -115,13 +115,12 @@ private:
 
     bool has(const std::string& part) const { return m_bundle.contents.find(m_place + "/" + part) != nullptr; }
 
-    // A file, or a link to one.
-    const InventoryEntry* file(const std::string& part) const {
+    // Or a link to one.
+    bool hasFile(const std::string& part) const {
         const InventoryEntry* entry = m_bundle.contents.find(m_place + "/" + part);
-        const bool isFile = entry != nullptr && (entry->type == FileType::regular ||
-                                                 (entry->type == FileType::symbolicLink &&
-                                                  platform::host().files->fileExists(m_bundle.fullPath(entry->path))));
-        return isFile ? entry : nullptr;
+        return entry != nullptr && (entry->type == FileType::regular ||
+                                    (entry->type == FileType::symbolicLink &&
+                                     platform::host().files->fileExists(m_bundle.fullPath(entry->path))));
     }
 
     std::string nameWithoutExtension() const { return kz::deletingPathExtension(kz::lastPathComponent(m_place)); }
@@ -139,7 +138,7 @@ private:
 
     void checkLinuxCode(const std::string& folder) {
         const std::string code = folder + "/" + nameWithoutExtension() + ".so";
-        if (file(code) == nullptr) {
+        if (!hasFile(code)) {
             report("package-executable", code, "Hosts on Linux look for this file, and it is not there.");
         }
     }
@@ -207,16 +206,10 @@ private:
             return;
         }
         const std::string part = "Contents/MacOS/" + named.value_or(nameWithoutExtension());
-        const InventoryEntry* const entry = file(part);
-        if (entry == nullptr) {
+        if (!hasFile(part)) {
             report("package-executable", part,
                    named ? "Info.plist names it as the executable, and it is not there."
                          : "Info.plist names no executable, and this file, which would be taken for it, is not there.");
-            return;
-        }
-        constexpr unsigned ownerRuns = 0100;
-        if (m_kind.extension == "app" && entry->type == FileType::regular && (entry->permissions & ownerRuns) == 0) {
-            report("application-mode", part, "It starts the application, but nobody may execute it.");
         }
     }
 

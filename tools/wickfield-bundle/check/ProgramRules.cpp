@@ -76,11 +76,12 @@ private:
         if (!isInProgramFolder(m_entry.path) || (m_entry.permissions & ownerRuns) != 0) {
             return;
         }
-        // The installer's own program has a rule of its own, and so has what an application is started by.
-        const std::string_view package = folderOf(folderOf(folderOf(m_entry.path)));
-        if (m_bundle.isInTree(m_entry.path) && !package.ends_with(".app")) {
-            report("code-mode", "It is code, but nobody may execute it.");
+        if (!m_bundle.isInTree(m_entry.path)) {
+            return;  // the installer's own program, which has a rule of its own
         }
+        const std::string_view package = folderOf(folderOf(folderOf(m_entry.path)));
+        report(package.ends_with(".app") ? RuleName("application-mode") : RuleName("code-mode"),
+               "It is code, but nobody may execute it.");
     }
 
     void lookAt(const MachOFile& file) {
