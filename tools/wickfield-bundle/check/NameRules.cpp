@@ -68,7 +68,7 @@ void checkName(const InventoryEntry& entry, Findings& findings) {
 // Looks at the names of each folder once all of them have come by.
 class Siblings {
 public:
-    Siblings(const CheckedBundle& bundle, Findings& findings) : m_bundle(bundle), m_findings(findings) {}
+    explicit Siblings(Findings& findings) : m_findings(findings) {}
 
     void add(const InventoryEntry& entry) {
         const std::size_t slash = entry.path.rfind('/');
@@ -115,7 +115,6 @@ private:
         }
     }
 
-    const CheckedBundle& m_bundle;
     Findings& m_findings;
     std::vector<Level> m_levels;
 };
@@ -159,7 +158,7 @@ private:
 }  // namespace
 
 void checkNames(const CheckedBundle& bundle, Findings& findings) {
-    Siblings siblings(bundle, findings);
+    Siblings siblings(findings);
     Lengths lengths(bundle, findings);
     for (const InventoryEntry& entry : bundle.contents.entries) {
         checkName(entry, findings);
