@@ -1,8 +1,6 @@
 """wickfield-bundle check: reports, exit codes, and bundles that mean no good."""
 import json
 import os
-import pathlib
-import re
 import shutil
 import signal
 import stat
@@ -178,20 +176,6 @@ class Rules(CheckCase):
         listed = {rule["rule"]: rule["severity"] for rule in self.listed()}
         for finding in self.report()["findings"]:
             self.assertEqual(finding["severity"], listed[finding["rule"]])
-
-    def test_are_those_that_the_manual_names(self):
-        root = pathlib.Path(support.__file__).resolve().parents[2]
-        manuals = [path for path in (root / "docs/makers.md", root / "tools/wickfield-bundle/wickfield-bundle.1")
-                   if path.exists()]
-        if not manuals:
-            self.skipTest("there is no manual")
-        listed = {rule["rule"] for rule in self.listed()}
-        severities = "error|warning|note"
-        for manual in manuals:
-            # In a manual a rule stands behind its severity, as in "error tree-top-item".
-            text = re.sub(r"\\-", "-", manual.read_text())
-            for name in re.findall(rf"\b(?:{severities}) ([a-z0-9]+(?:-[a-z0-9]+)+)\b", text):
-                self.assertIn(name, listed, manual)
 
 
 class Hostile(CheckCase):
