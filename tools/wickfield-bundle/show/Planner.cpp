@@ -159,7 +159,7 @@ private:
         const Measure measure = measureItem(item.source, planned.kind, attributes);
         planned.files = measure.files;
         planned.bytes = measure.bytes;
-        const auto verdict = verdictOn(item.source, planned);
+        const auto verdict = attributes ? verdictOn(item.source, planned) : unreadable();
         planned.state = verdict.state;
         planned.needsAdministrator = verdict.needsAdministrator;
         planned.reason = verdict.reason;
@@ -187,6 +187,13 @@ private:
     }
 
     std::string fullPath(const PlannedItem& item) const { return kz::appendPathComponent(m_plan.bundle, item.source); }
+
+    // Such as what lies deeper than any path of the system reaches.
+    static PlannedDisk::Verdict unreadable() {
+        return {.state = ItemState::refused,
+                .needsAdministrator = false,
+                .reason = "it cannot be looked at where it lies in the bundle"};
+    }
 
     PlannedDisk::Verdict verdictOn(const std::string& source, const PlannedItem& item) {
         if (!item.destination) {
