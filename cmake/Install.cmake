@@ -45,8 +45,17 @@ get_property(tools GLOBAL PROPERTY WICKFIELD_TOOLS)
 install(TARGETS ${tools} RUNTIME DESTINATION ${libexec})
 install(TARGETS kzfile)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kzfile/kzfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES ${PROJECT_SOURCE_DIR}/tools/commandline/completion.bash RENAME kzfile
-        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
+
+# install_completion(PROGRAM [COMPONENT name]): where bash, zsh and fish look for it.
+function(install_completion program)
+    set(source ${PROJECT_SOURCE_DIR}/tools/commandline/completion)
+    install(FILES ${source}.bash RENAME ${program} DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
+            ${ARGN})
+    install(FILES ${source}.zsh RENAME _${program} DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions ${ARGN})
+    install(FILES ${source}.fish RENAME ${program}.fish
+            DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d ${ARGN})
+endfunction()
+install_completion(kzfile)
 
 set(share share/wickfield)  # where wickfield-bundle looks, from the folder bin
 install(TARGETS wickfield-bundle COMPONENT maker)
@@ -58,5 +67,4 @@ install(FILES ${PROJECT_SOURCE_DIR}/tools/wickfield-bundle/example/wickfield.jso
         COMPONENT maker)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/wickfield-bundle/wickfield-bundle.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
         COMPONENT maker)
-install(FILES ${PROJECT_SOURCE_DIR}/tools/commandline/completion.bash RENAME wickfield-bundle
-        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT maker)
+install_completion(wickfield-bundle COMPONENT maker)

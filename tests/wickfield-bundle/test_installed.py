@@ -88,7 +88,10 @@ class Installed(BundleCase):
                                   ("share/wickfield/example/wickfield.json",
                                    "tools/wickfield-bundle/example/wickfield.json"),
                                   ("share/bash-completion/completions/wickfield-bundle",
-                                   "tools/commandline/completion.bash")):
+                                   "tools/commandline/completion.bash"),
+                                  ("share/zsh/site-functions/_wickfield-bundle", "tools/commandline/completion.zsh"),
+                                  ("share/fish/vendor_completions.d/wickfield-bundle.fish",
+                                   "tools/commandline/completion.fish")):
             self.assertEqual((self.prefix / installed).read_bytes(), (ROOT / source).read_bytes(), installed)
 
     def test_man_finds_the_manual_by_the_path_of_the_program(self):
