@@ -10,7 +10,6 @@
 namespace {
 
 using namespace wickfield_bundle;  // NOLINT(google-build-using-namespace)
-using samples::Code;
 using samples::Signer;
 using Signature = MachOSlice::Signature;
 

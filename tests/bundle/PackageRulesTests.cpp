@@ -26,7 +26,9 @@ protected:
         }
         std::string text = "<plist version=\"1.0\"><dict>";
         for (const auto& [key, value] : all) {
-            text += value.empty() ? "" : "<key>" + key + "</key><string>" + value + "</string>";
+            if (!value.empty()) {
+                text.append("<key>").append(key).append("</key><string>").append(value).append("</string>");
+            }
         }
         return text + "</dict></plist>\n";
     }

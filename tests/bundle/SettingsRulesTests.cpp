@@ -13,7 +13,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::UnorderedElementsAre;
 
 constexpr const char* settingsPlace = "Contents/Resources/InstallerSettings.plist";
@@ -42,7 +41,9 @@ protected:
         }
         std::string text = "<plist version=\"1.0\"><dict>";
         for (const auto& [key, value] : all) {
-            text += value.empty() ? "" : "<key>" + key + "</key>" + value;
+            if (!value.empty()) {
+                text.append("<key>").append(key).append("</key>").append(value);
+            }
         }
         write(settingsPlace, text + "</dict></plist>\n");
     }
@@ -307,11 +308,11 @@ TEST_F(CheckingBackgrounds, HasNothingToSayOfWhatEveryHostReads) {
 
 TEST_F(CheckingBackgrounds, WarnsOfKindsThatOneHostReads) {
     for (const std::string& head : {std::string("II*\0", 4), std::string("RIFF\0\0\0\0WEBP", 12), std::string("8BPS"),
-                                   std::string("\0\0\0\x18"
-                                               "ftypheic",
-                                               12),
-                                   std::string("icns"), std::string("%PDF-1.4"), std::string("/* XPM */"),
-                                   std::string("P6\n1 1\n"), std::string("<?xml version='1.0'?><svg>")}) {
+                                    std::string("\0\0\0\x18"
+                                                "ftypheic",
+                                                12),
+                                    std::string("icns"), std::string("%PDF-1.4"), std::string("/* XPM */"),
+                                    std::string("P6\n1 1\n"), std::string("<?xml version='1.0'?><svg>")}) {
         background(head);
         EXPECT_THAT(rules(), ElementsAre("background-one-host")) << head;
         answer(R"({"ok":false,"reason":"Unsupported image format"})");
