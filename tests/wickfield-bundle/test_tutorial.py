@@ -151,10 +151,10 @@ class LookingThingsUp(BundleCase):
         described = tutorial.section("Output for programs")
         self.file("a")
         self.output("create", "--name", "Small", "--version", "1", "--author", "Nobody", "--template",
-                    str(self.template()), "--item", "a=/opt/a")
+                    str(self.template()), "--item", "a=/opt/small/a")
         plan = json.loads(self.output("show", "--json", "Small Installer.app"))
         report = json.loads(self.run_tool("check", "--json", "Small Installer.app").stdout)
-        for name in [*plan, *plan["items"][0], *report, *report["findings"][0]]:
+        for name in [*plan, *plan["items"][0], *plan["folders"][0], *plan["totals"], *report, *report["findings"][0]]:
             self.assertIn(f"`{name}`", described)
 
     def test_what_it_links_to_is_there(self):
