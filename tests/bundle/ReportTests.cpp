@@ -139,6 +139,7 @@ TEST(JSONReports, AreValidForNamesOfAnyBytes) {
     const auto report = nlohmann::json::parse(text);
     EXPECT_EQ(report["bundle"], "\xEF\xBF\xBD\"\\.app");
     EXPECT_EQ(report["findings"][0]["place"], "x\n\x1b\xEF\xBF\xBD \"\\ \xE2\x80\xAE");
+    EXPECT_EQ(report["findings"][0]["placeBytes"], "780a1bc320225c20e280ae");
 }
 
 TEST(RuleTables, HaveEveryNameOnceAndInOneSpelling) {

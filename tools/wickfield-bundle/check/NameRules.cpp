@@ -6,6 +6,7 @@
 
 #include "lib/base/PathText.h"
 #include "lib/base/Text.h"
+#include "tools/wickfield-bundle/NameBytes.h"
 #include "tools/wickfield-bundle/check/Check.h"
 #include "tools/wickfield-bundle/check/NameFolding.h"
 #include "tools/wickfield-bundle/check/Rules.h"
@@ -29,17 +30,6 @@ bool hasControlCharacters(std::string_view name) {
         name.remove_prefix(character.bytes);
     }
     return false;
-}
-
-bool isUTF8(std::string_view name) {
-    while (!name.empty()) {
-        const kz::DecodedCharacter character = kz::decodeCharacter(name);
-        if (!character.valid) {
-            return false;
-        }
-        name.remove_prefix(character.bytes);
-    }
-    return true;
 }
 
 void checkName(const InventoryEntry& entry, Findings& findings) {

@@ -9,6 +9,7 @@
 
 #include "platform/linux/services/ConsoleText.h"
 #include "tools/commandline/Streams.h"
+#include "tools/wickfield-bundle/NameBytes.h"
 #include "tools/wickfield-bundle/check/ReportText.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 
@@ -161,7 +162,9 @@ std::string jsonReport(const std::string& bundle, const Findings& findings) {
     for (const Finding& finding : findings) {
         text.append(separator)
             .append(member("severity", nameOf(finding.severity)) + ", " + member("rule", finding.rule) + ",\n     ")
-            .append(member("place", finding.place) + ",\n     " + member("reason", finding.reason) + ",\n     ")
+            .append(member("place", finding.place) + ",\n     ")
+            .append(isUTF8(finding.place) ? "" : member("placeBytes", hexadecimal(finding.place)) + ",\n     ")
+            .append(member("reason", finding.reason) + ",\n     ")
             .append(member("remedy", finding.remedy) + "}");
         separator = ",\n    {";
     }

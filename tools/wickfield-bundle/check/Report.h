@@ -21,7 +21,7 @@ std::string textReport(const std::string& bundle, const Findings& findings, std:
 
 // An object with "format" (1), "bundle", "errors", "warnings", "notes" and "findings", each of which has "severity"
 // ("error", "warning" or "note"), "rule", "place", "reason" and "remedy", all of them text. In ASCII; what is not UTF-8
-// in a name becomes U+FFFD.
+// in a name becomes U+FFFD, and a place that is not has its bytes in hexadecimal digits beside it, as "placeBytes".
 std::string jsonReport(const std::string& bundle, const Findings& findings);
 
 // The list of all rules.

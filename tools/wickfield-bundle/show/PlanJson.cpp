@@ -1,6 +1,6 @@
 #include <nlohmann/json.hpp>
 
-#include "lib/base/Text.h"
+#include "tools/wickfield-bundle/NameBytes.h"
 #include "tools/wickfield-bundle/show/PlanReport.h"
 #include "tools/wickfield-bundle/show/PlanText.h"
 
@@ -11,26 +11,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string dumped(const Json& json) { return json.dump(-1, ' ', true, Json::error_handler_t::replace); }
-
-bool isUTF8(std::string_view text) {
-    while (!text.empty()) {
-        const auto character = kz::decodeCharacter(text);
-        if (!character.valid) {
-            return false;
-        }
-        text.remove_prefix(character.bytes);
-    }
-    return true;
-}
-
-std::string hexadecimal(const std::string& bytes) {
-    std::string digits;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        digits += {"0123456789abcdef"[byte >> 4U], "0123456789abcdef"[byte & 0x0FU]};
-    }
-    return digits;
-}
 
 Json pathOrNull(const std::optional<std::string>& path) { return path ? Json(*path) : Json(nullptr); }
 
