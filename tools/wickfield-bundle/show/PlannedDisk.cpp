@@ -24,12 +24,12 @@ bool liesBelow(const std::string& path, const std::string& folder) {
 }
 
 Verdict refused(std::string reason) {
-    return {.state = ItemState::refused, .needsAdministrator = false, .reason = std::move(reason)};
+    return {.state = ItemState::refused, .needsAdministrator = false, .reason = std::move(reason), .awaited = {}};
 }
 
 // The superuser is never asked: he is an administrator.
 Verdict byAdministrator(ItemState state, const std::string& reason) {
-    return {.state = state, .needsAdministrator = !isSuperuser(), .reason = reason};
+    return {.state = state, .needsAdministrator = !isSuperuser(), .reason = reason, .awaited = {}};
 }
 
 bool isTooLong(const std::string& path) {
@@ -48,7 +48,7 @@ Verdict trashFor(const std::string& path) {
     const bool isThere = files().isFolder(*trash);
     const std::string home = kz::deletingLastPathComponent(*trash);
     if (rightToChange(isThere ? *trash : home) == Right::granted) {
-        return {.state = ItemState::replaced, .needsAdministrator = false, .reason = {}};
+        return {.state = ItemState::replaced, .needsAdministrator = false, .reason = {}, .awaited = {}};
     }
     return isThere ? byAdministrator(ItemState::replaced, "only an administrator may change the Trash " + *trash)
                    : refused("it would have to go to the Trash, which cannot be made in " + home);
@@ -180,8 +180,10 @@ Verdict PlannedDisk::trashing(const std::string& destination, const Folder& pare
 }
 
 Verdict PlannedDisk::replacing(ItemKind kind, const std::string& destination, const Folder& parent) const {
-    const Verdict ofParent{
-        .state = ItemState::replaced, .needsAdministrator = parent.needsAdministrator, .reason = parent.reason};
+    const Verdict ofParent{.state = ItemState::replaced,
+                           .needsAdministrator = parent.needsAdministrator,
+                           .reason = parent.reason,
+                           .awaited = {}};
     if (const auto placed = m_placed.find(destination); placed != m_placed.end()) {
         Verdict verdict = ofParent;
         verdict.reason = "this installer puts another item of its own there before";
@@ -216,8 +218,10 @@ Verdict PlannedDisk::verdictOn(const std::string& source, ItemKind kind, const s
     const auto within = sourceWithin(destination);
     const bool isTaken = m_placed.contains(destination) || m_made.contains(destination) ||
                          (within ? files().attributes(*within) : files().attributes(destination)).has_value();
-    Verdict verdict{
-        .state = ItemState::added, .needsAdministrator = parent.needsAdministrator, .reason = parent.reason};
+    Verdict verdict{.state = ItemState::added,
+                    .needsAdministrator = parent.needsAdministrator,
+                    .reason = parent.reason,
+                    .awaited = {}};
     if (isTaken) {
         verdict = replacing(kind, destination, parent);
     }
@@ -232,8 +236,11 @@ Verdict PlannedDisk::verdictOn(const std::string& source, ItemKind kind, const s
         const std::string target = targetOf(source, destination);
         const bool isOnTheWay = plainly(target) == above || liesBelow(above, plainly(target));
         if (!isOnTheWay && !exists(target)) {
-            return refused(earlyLink + plainly(target) +
-                           ", where nothing is when its turn comes; the installation waits 10 seconds and fails");
+            Verdict early = refused("it is a link to " + plainly(target) +
+                                    ", where nothing is when its turn comes; the installation waits 10 seconds and "
+                                    "fails");
+            early.awaited = target;
+            return early;
         }
     }
     return verdict;

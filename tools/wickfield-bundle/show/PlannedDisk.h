@@ -19,14 +19,12 @@ public:
         ItemState state = ItemState::added;
         bool needsAdministrator = false;
         std::string reason;
+        std::string awaited;  // what a link leads to that is refused because nothing is there when its turn comes
     };
 
     // What comes of putting the item there, as the installer does it. `destination` is absolute. Items are put in the
     // order of the installation.
     Verdict put(const std::string& source, ItemKind kind, const std::string& destination);
-
-    // How the reason begins when a link of the tree is refused for leading nowhere when its turn comes.
-    static constexpr const char* earlyLink = "it is a link to ";
 
     // Where the link would lead from its destination; whether something is there by now.
     static std::string targetOf(const std::string& link, const std::string& destination);

@@ -160,6 +160,9 @@ private:
         planned.files = measure.files;
         planned.bytes = measure.bytes;
         const auto verdict = attributes ? verdictOn(item.source, planned) : unreadable();
+        if (!verdict.awaited.empty()) {
+            m_earlyLinks.emplace_back(m_plan.items.size(), verdict.awaited);
+        }
         planned.state = verdict.state;
         planned.needsAdministrator = verdict.needsAdministrator;
         planned.reason = verdict.reason;
@@ -192,38 +195,39 @@ private:
     static PlannedDisk::Verdict unreadable() {
         return {.state = ItemState::refused,
                 .needsAdministrator = false,
-                .reason = "it cannot be looked at where it lies in the bundle"};
+                .reason = "it cannot be looked at where it lies in the bundle",
+                .awaited = {}};
     }
 
     PlannedDisk::Verdict verdictOn(const std::string& source, const PlannedItem& item) {
         if (!item.destination) {
             return {.state = ItemState::refused,
                     .needsAdministrator = false,
-                    .reason = "nobody is there whose folder could be meant"};
+                    .reason = "nobody is there whose folder could be meant",
+                    .awaited = {}};
         }
         if (!item.destination->starts_with('/')) {
             return {.state = ItemState::unknown,
                     .needsAdministrator = platform::host().identity->realUserID() != 0,
                     .reason =
                         "it lies at the very top of the tree, and so goes to whatever folder the installer is "
-                        "started in"};
+                        "started in",
+                    .awaited = {}};
         }
         return m_disk.put(source, item.kind, *item.destination);
     }
 
     void explainEarlyLinks() {
-        for (PlannedItem& item : m_plan.items) {
-            if (!item.reason.starts_with(PlannedDisk::earlyLink)) {
-                continue;
-            }
-            if (m_disk.exists(PlannedDisk::targetOf(fullPath(item), *item.destination))) {
-                item.reason += " (what it leads to is put there later, in the order of this file system)";
+        for (const auto& [item, target] : m_earlyLinks) {
+            if (m_disk.exists(target)) {
+                m_plan.items[item].reason += " (what it leads to is put there later, in the order of this file system)";
             }
         }
     }
 
     Plan& m_plan;
     PlannedDisk m_disk;
+    std::vector<std::pair<std::size_t, std::string>> m_earlyLinks;  // numbers of items, and what they lead to
     std::size_t m_items = 0;
     std::size_t m_again = 0;                                      // folders that were there before
     std::set<std::pair<std::uint64_t, std::uint64_t>> m_folders;  // by device and inode
