@@ -32,7 +32,7 @@ protected:
     }
 
     std::string write(const std::string& name, const std::string& contents = "contents", mode_t mode = 0644) {
-        const std::string path = place / name;
+        std::string path = place / name;
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
         std::ofstream(path, std::ios::binary) << contents;
         ::chmod(path.c_str(), mode);

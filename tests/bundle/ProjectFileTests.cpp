@@ -224,7 +224,8 @@ TEST(ProjectSchema, WantsTheKindsThatTheReaderWants) {
                 : value;
         const auto kind = described.at("type").get<std::string>();
         const std::string sample = kind == "string" ? "\"x\"" : kind == "boolean" ? "true" : "[]";
-        EXPECT_TRUE(problemsOf("{\"" + key + "\": " + sample + "}").empty()) << key << " " << kind;
+        const std::string contents = std::string("{\"").append(key).append("\": ").append(sample).append("}");
+        EXPECT_TRUE(problemsOf(contents).empty()) << key << " " << kind;
     }
 }
 

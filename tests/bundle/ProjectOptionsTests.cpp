@@ -11,17 +11,25 @@ using commandline::Arguments;
 using commandline::UsageError;
 using wickfield_bundle::Project;
 
-// In a working folder of its own.
+// Another working folder until the end of the scope.
+class WorkingFolder {
+public:
+    explicit WorkingFolder(const std::string& folder) { std::filesystem::current_path(folder); }
+    ~WorkingFolder() { std::filesystem::current_path(m_before); }
+    WorkingFolder(const WorkingFolder&) = delete;
+    WorkingFolder& operator=(const WorkingFolder&) = delete;
+
+private:
+    std::filesystem::path m_before = std::filesystem::current_path();
+};
+
 class ProjectOptions : public CreateFixture {
 protected:
-    ProjectOptions() { std::filesystem::current_path(place.path()); }
-    ~ProjectOptions() override { std::filesystem::current_path(before); }
-
     static Project project(const std::vector<std::string>& words) {
         return wickfield_bundle::projectByOptions(Arguments(words, wickfield_bundle::projectOptions()));
     }
 
-    std::filesystem::path before = std::filesystem::current_path();
+    WorkingFolder here{place.path()};
 };
 
 TEST_F(ProjectOptions, DescribeAWholeProject) {

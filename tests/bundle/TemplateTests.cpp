@@ -9,7 +9,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using wickfield_bundle::chooseTemplates;
 using wickfield_bundle::CreateFailure;
-using wickfield_bundle::SenselessProject;
 
 class Templates : public CreateFixture {
 protected:

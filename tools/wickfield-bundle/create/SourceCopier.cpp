@@ -31,15 +31,6 @@ namespace {
 
 constexpr const char* quarantine = "user.com.apple.quarantine";
 
-void checkUnchanged(const struct stat& before, int result, const struct stat& after, const std::string& path) {
-    if (result != 0 || before.st_ino != after.st_ino || before.st_dev != after.st_dev ||
-        before.st_size != after.st_size || before.st_mtim.tv_sec != after.st_mtim.tv_sec ||
-        before.st_mtim.tv_nsec != after.st_mtim.tv_nsec) {
-        throw CreateFailure("“" + path +
-                            "” changed while it was being copied; try again once nothing writes to it any more");
-    }
-}
-
 int resultOf(int result) { return result == 0 ? 0 : errno; }
 
 }  // namespace
@@ -109,8 +100,7 @@ void SourceCopier::copyFile(const SourceFile& source, int folder, const std::str
     const Descriptor from(
         ::openat(source.folder, source.name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | linkFlag));
     throwWhenFailed(from ? 0 : errno, "read", source.path);
-    struct stat status {};
-    throwWhenFailed(resultOf(::fstat(from.get(), &status)), "read", source.path);
+    const struct stat status = settledStatus(from.get(), source.path);
     if (!S_ISREG(status.st_mode)) {
         throw CreateFailure(uncopyable(source.path));
     }

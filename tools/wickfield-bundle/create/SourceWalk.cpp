@@ -3,6 +3,9 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <chrono>
+#include <ctime>
+#include <thread>
 #include <utility>
 
 #include "platform/linux/services/files/FileErrors.h"
@@ -27,6 +30,34 @@ FileType fileTypeOf(mode_t mode) {
            : S_ISDIR(mode) ? FileType::folder
            : S_ISLNK(mode) ? FileType::symbolicLink
                            : FileType::other;
+}
+
+void checkUnchanged(const struct stat& before, int result, const struct stat& after, const std::string& path) {
+    if (result != 0 || before.st_ino != after.st_ino || before.st_dev != after.st_dev ||
+        before.st_size != after.st_size || before.st_mtim.tv_sec != after.st_mtim.tv_sec ||
+        before.st_mtim.tv_nsec != after.st_mtim.tv_nsec) {
+        throw CreateFailure("“" + path +
+                            "” changed while it was being copied; try again once nothing writes to it any more");
+    }
+}
+
+struct stat settledStatus(int item, const std::string& path) {
+    using std::chrono::nanoseconds;
+    using std::chrono::seconds;
+    constexpr nanoseconds longestTick = std::chrono::milliseconds(20);
+    struct stat status {};
+    throwWhenFailed(::fstat(item, &status) == 0 ? 0 : errno, "read", path);
+    timespec now{};
+    (void)::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    const nanoseconds age =
+        seconds(now.tv_sec - status.st_mtim.tv_sec) + nanoseconds(now.tv_nsec - status.st_mtim.tv_nsec);
+    if (age >= nanoseconds(0) && age < longestTick) {
+        std::this_thread::sleep_for(longestTick - age);
+        struct stat after {};
+        const int result = ::fstat(item, &after);
+        checkUnchanged(status, result, after, path);
+    }
+    return status;
 }
 
 std::string uncopyable(const std::string& path) {
@@ -67,9 +98,7 @@ void SourceWalk::run(Visitor& visitor) {
 void SourceWalk::visitEntries(Visitor& visitor) {
     throwWhenInterrupted();
     Level& level = m_levels.emplace_back();
-    if (::fstat(folder(), &level.status) != 0) {
-        throwWhenFailed(errno, "read", m_path);
-    }
+    level.status = settledStatus(folder(), m_path);
     std::vector<platform::DirectoryEntry> entries;
     throwWhenFailed(linux_host::listFolder(folder(), entries), "read", m_path);
     for (auto& entry : entries) {

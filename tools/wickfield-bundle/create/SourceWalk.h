@@ -55,6 +55,15 @@ void throwWhenFailed(int code, std::string_view doing, const std::string& path);
 
 platform::FileType fileTypeOf(mode_t mode);
 
+// What an open file or folder is like, of a moment from which on any change shows in its time: clocks of file systems
+// tick in steps, and one that was changed just now is waited for to settle, some 20 ms. Throws CreateFailure, also for
+// one that is changed meanwhile.
+struct stat settledStatus(int item, const std::string& path);
+
+// Throws CreateFailure when what a look after the work gave is no longer what a look before it gave. `result` is the
+// second look's.
+void checkUnchanged(const struct stat& before, int result, const struct stat& after, const std::string& path);
+
 // What is said of a pipe, a socket or a device.
 std::string uncopyable(const std::string& path);
 
