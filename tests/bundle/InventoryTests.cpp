@@ -154,7 +154,7 @@ protected:
         ::close(present);
     }
     // Step by step as well, since no path leads there.
-    ~DeepInventories() override {
+    void TearDown() override {
         const std::string command = "rm -rf '" + folder.path() + "'/*";
         EXPECT_EQ(std::system(command.c_str()), 0);
     }

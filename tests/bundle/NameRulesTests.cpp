@@ -4,7 +4,6 @@
 namespace wickfield_bundle {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
