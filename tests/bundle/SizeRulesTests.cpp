@@ -6,7 +6,6 @@ namespace wickfield_bundle {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
