@@ -74,6 +74,20 @@ TEST_F(Checks, LookThroughALinkToTheBundle) {
     EXPECT_THAT(rules, Contains("tree-top-item"));
 }
 
+TEST_F(Checks, StayInTheBundleWhereOneLinkLeadsToAnother) {
+    write(inTree("Library/a/file"));
+    std::filesystem::create_directory(around() / "elsewhere");
+    std::ofstream(around() / "elsewhere/file") << "text\n";
+    link(inTree("Library/a/out"), around() / "elsewhere");
+    link(inTree("Library/b"), "a");
+    const platform::ScopedHost scope(platform::linux_host::services());
+    std::vector<std::string> places;
+    for (const CheckedItem& item : lookAt(bundle()).items) {
+        places.push_back(item.place);
+    }
+    EXPECT_THAT(places, ElementsAre(inTree("Library/a/file"), inTree("Library/b/file")));
+}
+
 TEST_F(Checks, LeaveTheBundleAsItIs) {
     write(inTree("Library/a"));
     write("Contents/Info.plist", "<plist/>");

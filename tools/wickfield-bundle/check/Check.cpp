@@ -75,15 +75,13 @@ public:
 
 private:
     bool mayEnter(const std::string& folder) {
-        if (!m_link.empty() && liesWithin(folder, m_link)) {
-            return spend(folder);
-        }
         std::error_code error;
-        if (!std::filesystem::is_symlink(folder, error)) {
-            return true;
+        const bool isLink = std::filesystem::is_symlink(folder, error);
+        const bool liesBeyondLink = !m_link.empty() && liesWithin(folder, m_link);
+        if (isLink && !liesBeyondLink) {
+            m_link = folder;
         }
-        m_link = folder;
-        return isInBundle(folder);
+        return (!isLink || isInBundle(folder)) && (!liesBeyondLink || spend(folder));
     }
 
     bool isInBundle(const std::string& folder) const {
