@@ -35,6 +35,11 @@ TEST_F(CheckingScripts, SaysWhereOneDoesNotParse) {
     EXPECT_EQ(reason(checkScripts), "bash says: line 2: syntax error near unexpected token `then'");
 }
 
+TEST_F(CheckingScripts, FindsAHereDocumentWithoutAnEnd) {
+    EXPECT_THAT(foundIn("#!/bin/bash\ncat <<END\ntext\n"), ElementsAre(Found{"script-syntax", script}));
+    EXPECT_THAT(reason(checkScripts), HasSubstr("delimited by end-of-file"));
+}
+
 TEST_F(CheckingScripts, NeverRunsOne) {
     write(script, "#!/bin/bash\ntouch '" + (around() / "ran") + "'\n");
     found(checkScripts);

@@ -164,7 +164,7 @@ private:
             m_report("not-checked", "It was not parsed, for want of /bin/bash.");
         } else if (result.timedOut) {
             m_report("not-checked", "bash did not parse it within ten seconds.");
-        } else if (result.status != 0) {
+        } else if (result.status != 0 || !result.error.empty()) {  // a here-document without an end is a mere warning
             m_report("script-syntax", "bash says: " + message(result.error));
         }
     }
