@@ -78,6 +78,15 @@ TEST_F(LinkRules, FollowALinkToWhereItsTargetIsPut) {
     EXPECT_THAT(found(checkLinks), ElementsAre(Found{"link-order", inTree("Users/userDocuments/b")}));
 }
 
+TEST_F(LinkRules, KnowThatWhatLiesBeyondALinkToAFolderIsInstalledThere) {
+    write(inTree("Library/Echo.framework/Versions/A/Echo"));
+    link(inTree("Library/Echo.framework/Versions/Current"), "A");
+    link(inTree("Library/Echo.framework/Echo"), "Versions/Current/Echo");
+    EXPECT_THAT(found(checkLinks),
+                UnorderedElementsAre(Found{"link-order", inTree("Library/Echo.framework/Echo")},
+                                     Found{"link-followed", inTree("Library/Echo.framework/Versions/Current")}));
+}
+
 TEST_F(LinkRules, FindALinkToWhatIsNeitherThereNorInstalled) {
     write(inTree("Library/Reverb.vst3/Contents/Info.plist"));
     link(inTree("Library/a"), "gone");
@@ -106,12 +115,14 @@ TEST_F(LinkRules, FindALinkToAFolderThatIsCopiedInsteadOfLinked) {
     EXPECT_THAT(found(checkLinks), ElementsAre(Found{"link-followed", inTree("Library/Reverb/Current")}));
 }
 
-TEST_F(LinkRules, FindALinkToAFolderThatIsNotInTheTree) {
+TEST_F(LinkRules, FindALinkToAFolderThatIsNotInTheBundle) {
     folder("Contents/Resources/Extras");
     link(inTree("Library/a"), "../../Extras");
     link(inTree("Library/b"), "/usr");
-    EXPECT_THAT(found(checkLinks), UnorderedElementsAre(Found{"link-folder-outside", inTree("Library/a")},
-                                                        Found{"link-folder-outside", inTree("Library/b")}));
+    link(inTree("Library/c"), "../../../../..");
+    EXPECT_THAT(found(checkLinks), UnorderedElementsAre(Found{"link-followed", inTree("Library/a")},
+                                                        Found{"link-folder-outside", inTree("Library/b")},
+                                                        Found{"link-folder-outside", inTree("Library/c")}));
 }
 
 TEST_F(LinkRules, FindNothingWrongWithALinkToAFolderAboveIt) {

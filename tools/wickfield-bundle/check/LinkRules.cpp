@@ -5,7 +5,6 @@
 #include <system_error>
 #include <vector>
 
-#include "app/InstallationTree.h"
 #include "app/UserPlaceholders.h"
 #include "lib/base/PathText.h"
 #include "platform/ports/Host.h"
@@ -126,13 +125,9 @@ private:
             m_destinations.emplace(m_bundle);
         }
         const CheckedItem* const holder = m_destinations->holding(target);
-        const bool isInstalled =
-            holder != nullptr
-                ? m_bundle.contents.find(holder->place + target.substr(holder->destination.size())) != nullptr
-                : m_destinations->hasItemsIn(target);
         if (holder != nullptr && holder->place == link.path) {
             say("link-loop", link, "");
-        } else if (isInstalled) {
+        } else if (isInstalled(holder, target)) {
             say("link-order", link, ", that is to \"" + target + "\", which is installed in its own turn");
         } else if (holder == nullptr && isAbsolute(link)) {
             say("link-outside", link, ", which is not installed");
@@ -141,15 +136,22 @@ private:
         }
     }
 
-    // A link to a folder is walked into.
+    bool isInstalled(const CheckedItem* holder, const std::string& target) const {
+        if (holder == nullptr) {
+            return m_destinations->hasItemsIn(target);
+        }
+        const std::string within = target.substr(holder->destination.size());
+        return within.empty() || m_bundle.contents.find(holder->place + within) != nullptr;
+    }
+
+    // A link to a folder is walked into. One in the bundle, if not in the tree, is there on a customer's disk as well.
     void lookAtFolder(const InventoryEntry& link) {
-        const auto place = placeOfTarget(link);
         if (leadsToBuilder(link)) {
             say("link-to-builder", link, "");
-        } else if (place && (m_bundle.isInTree(*place) || *place == InstallationTree::pathInBundle)) {
+        } else if (placeOfTarget(link)) {
             say("link-followed", link, "; what is in there is installed in its place");
         } else {
-            say("link-folder-outside", link, ", which is not in the tree");
+            say("link-folder-outside", link, ", which is not in the bundle");
         }
     }
 

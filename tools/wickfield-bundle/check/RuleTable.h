@@ -129,7 +129,7 @@ inline constexpr auto ruleTable = std::to_array<Rule>({
      "name.",
      "Have the postinstall script make the link, or take it out if the files are not wanted twice."},
     {"link-folder-outside", Severity::error,
-     "A link to a folder outside the tree: the installer copies what it finds there on the customer's own disk.",
+     "A link to a folder outside the bundle: the installer copies what it finds there on the customer's own disk.",
      "Put the folder itself into the tree, or have the postinstall script make the link."},
 
     // names
