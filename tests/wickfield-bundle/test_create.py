@@ -8,6 +8,7 @@ import shutil
 import signal
 import stat
 import subprocess
+import threading
 import time
 import unittest
 import zipfile
@@ -47,6 +48,17 @@ class CreateCase(BundleCase):
 
     def in_output(self):
         return sorted(path.name for path in self.out.iterdir()) if self.out.exists() else []
+
+    def write_endlessly(self, path):
+        """From before this returns until the test ends."""
+        program = ("import sys\nwith open(sys.argv[1], 'r+b', 0) as file:\n    while True:\n"
+                   "        file.seek(0)\n        file.write(b'more' * 100000)\n        print(flush=True)\n")
+        writer = subprocess.Popen(["/usr/bin/python3", "-c", program, str(path)], stdout=subprocess.PIPE)
+        self.addCleanup(writer.stdout.close)
+        self.addCleanup(writer.wait)
+        self.addCleanup(writer.kill)
+        writer.stdout.readline()
+        threading.Thread(target=writer.stdout.read, daemon=True).start()
 
     def many_files(self, count=1500, size=20000):
         for number in range(count):
@@ -190,14 +202,7 @@ class SourceTest(CreateCase):
     def test_a_file_that_is_written_to_meanwhile_is_a_failure(self):
         self.many_files(count=400)
         grown = self.file("many/zz/growing", b"x" * 1000)
-        writer = subprocess.Popen(["python3", "-c", "import sys\n"
-                                   "with open(sys.argv[1], 'r+b', 0) as file:\n"
-                                   "    while True:\n"
-                                   "        file.seek(0)\n"
-                                   "        file.write(b'more' * 100000)\n", str(grown)])
-        self.addCleanup(writer.wait)
-        self.addCleanup(writer.kill)
-        time.sleep(0.3)
+        self.write_endlessly(grown)
         run = self.run_tool(*self.words("--item", "many=/Library/many"))
         self.assert_fails(run, 1, "growing” changed while it was being copied")
         self.assertEqual(self.in_output(), [])
@@ -305,10 +310,8 @@ class ExistingBundleTest(CreateCase):
 
     def test_stays_when_a_run_with_force_fails(self):
         before = contents(self.bundle_path)
-        self.file("z/Contents/x")
-        self.file("y")
-        run = self.run_tool(*self.words("--item", "z=/Library/z", "--item", "y=/Library/z/Contents/x", "--force"))
-        self.assert_fails(run, 1)
+        self.write_endlessly(self.file("z/changing"))
+        self.assert_fails(self.run_tool(*self.words("--item", "z=/Library/z", "--force")), 1, "changed while")
         self.assertEqual(contents(self.bundle_path), before)
         self.assertEqual(self.in_output(), [BUNDLE])
 
