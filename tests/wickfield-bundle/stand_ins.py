@@ -70,7 +70,7 @@ def preset(kind, name):
 def cmake(build, words):
     options, rest = values(words)
     if rest[:1] == ["--install"]:
-        if rest[1:] != [] and options.keys() == {"--component", "--prefix"}:
+        if rest[1:] == ["build/release", "--strip"] and options.keys() == {"--component", "--prefix"}:
             return install(build, options)
         fail(f"cmake {words}")
     if rest[:1] == ["--build"]:
