@@ -12,7 +12,6 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
-using wickfield_bundle::CreateFailure;
 using wickfield_bundle::Replace;
 
 class WritingABundle : public CreateFixture {
@@ -182,9 +181,9 @@ TEST_F(WritingABundle, RefusesToReplaceTheBundleThatASourceLiesIn) {
 }
 
 TEST_F(WritingABundle, LeavesNothingBehindWhenItFails) {
-    write("secret", "x");
-    addItem("secret", "/Library/Audio/Plug-Ins/VST3/Brook.vst3/Contents/Info.plist");
-    EXPECT_THAT(failure(), HasSubstr("Cannot copy"));
+    const auto planned = plan();
+    std::filesystem::remove_all(place / "Brook.vst3");
+    EXPECT_THROW(wickfield_bundle::writeBundle(planned, wishes), wickfield_bundle::CreateFailure);
     EXPECT_THAT(inOutput(), IsEmpty());
 }
 
@@ -197,10 +196,12 @@ TEST_F(WritingABundle, WritesAnItemIntoAnother) {
 
 TEST_F(WritingABundle, WritesThroughNoLinkOfAnItem) {
     makeFolder("outside");
-    std::filesystem::create_directory_symlink(place / "outside", place / "Brook.vst3/Resources");
     write("Manual.pdf", "manual");
     addItem("Manual.pdf", "/Library/Audio/Plug-Ins/VST3/Brook.vst3/Resources/Manual.pdf");
-    EXPECT_THAT(failure(), HasSubstr("is no folder"));
+    const auto planned = plan();
+    std::filesystem::create_directory_symlink(place / "outside", place / "Brook.vst3/Resources");
+    EXPECT_THAT(complaint(), HasSubstr("Brook.vst3/Resources” is no folder"));
+    EXPECT_THROW(wickfield_bundle::writeBundle(planned, wishes), wickfield_bundle::CreateFailure);
     EXPECT_TRUE(std::filesystem::is_empty(place / "outside"));
 }
 

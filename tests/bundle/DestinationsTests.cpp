@@ -21,15 +21,18 @@ protected:
         }
         return found;
     }
-    std::string objectionTo(const std::string& source, const std::string& destination) {
-        project.items.clear();
-        addItem(source, destination);
+    std::string complaintAboutPlaces() {
         try {
             places();
         } catch (const wickfield_bundle::SenselessProject& problem) {
             return problem.what();
         }
         return "";
+    }
+    std::string objectionTo(const std::string& source, const std::string& destination) {
+        project.items.clear();
+        addItem(source, destination);
+        return complaintAboutPlaces();
     }
 };
 
@@ -76,6 +79,27 @@ TEST_F(Destinations, MayBeHiddenFoldersAndFoldersAtTheTop) {
     EXPECT_EQ(objectionTo("presets", "/Library"), "");
 }
 
+TEST_F(Destinations, AreRefusedWhereAPluginBundleWouldComeApart) {
+    write("Brook.clap");
+    EXPECT_THAT(objectionTo("Brook.vst3", "/Library/Audio/Plug-Ins/VST3"), HasSubstr("end the destination in “/”"));
+    EXPECT_THAT(objectionTo("Brook.clap", "/Library/Audio/Plug-Ins/CLAP"), HasSubstr("end the destination in “/”"));
+    EXPECT_EQ(objectionTo("Brook.vst3", "/Library/Audio/Plug-Ins/VST3/Other name.vst3"), "");
+    EXPECT_EQ(objectionTo("Brook.vst3", "/Applications/Host.app/Contents/PlugIns"), "");
+}
+
+TEST_F(Destinations, AreJudgedByTheNamesThatTheInstallerWillSee) {
+    EXPECT_THAT(objectionTo("presets", "/Brook.vst3"), HasSubstr("has to lie in a folder"));
+    EXPECT_THAT(objectionTo("Manual.pdf", "/Brook.vst3/Contents/Manual.pdf"), HasSubstr("has to lie in a folder"));
+    EXPECT_THAT(objectionTo("presets", "/Library/.Brook.vst3"), HasSubstr("passes over"));
+    EXPECT_THAT(objectionTo("presets", "/Library/.Brook.vst3/Contents/presets"), HasSubstr("passes over"));
+    EXPECT_EQ(objectionTo("Manual.pdf", "/Library/Brook.vst3/Contents/.manual"), "");
+}
+
+TEST_F(Destinations, WantANameInThePathWhereTheSourceHasNone) {
+    project.items = {{place / "presets/.", "/Library/Brook/"}};
+    EXPECT_THAT(complaintAboutPlaces(), HasSubstr("write the name that it is to have behind the “/”"));
+}
+
 TEST_F(Destinations, AreRefusedWhenTwoItemsWantOne) {
     addItem("Manual.pdf", "/Library/x");
     addItem("presets", "/Library//x/../x");
@@ -94,6 +118,19 @@ TEST_F(Destinations, AreRefusedWhenTheTreeHasThem) {
     EXPECT_THAT(objectionTo("presets", "/Library/Brook/Manual.pdf/presets"), HasSubstr("is no folder"));
     EXPECT_THAT(objectionTo("presets", "/Library/link/presets"), HasSubstr("is no folder"));
     EXPECT_EQ(objectionTo("presets", "/Library/Brook/presets"), "");
+}
+
+TEST_F(Destinations, AreRefusedWhenAnotherItemHasThem) {
+    addItem("presets", "/Library/Brook");
+    addItem("presets", "/Library/Brook-2");
+    addItem("Manual.pdf", "/Library/Brook/Hall.preset");
+    EXPECT_THAT(complaintAboutPlaces(), HasSubstr("presets” has something there already"));
+    project.items.back().destination = "/Library/Brook/Hall.preset/Manual.pdf";
+    EXPECT_THAT(complaintAboutPlaces(), HasSubstr("Hall.preset” is no folder"));
+    project.items.back().destination = "/Library/Brook/Manual.pdf";
+    EXPECT_EQ(complaintAboutPlaces(), "");
+    addItem("presets", "/Library/Brook/Manual.pdf/presets");
+    EXPECT_THAT(complaintAboutPlaces(), HasSubstr("is no folder"));
 }
 
 TEST_F(Destinations, WantASourceThatIsThere) {

@@ -4,11 +4,14 @@
 #include <optional>
 
 #include "lib/base/PathText.h"
+#include "platform/linux/services/workspace/Packages.h"
 #include "platform/ports/Host.h"
 #include "tools/wickfield-bundle/create/BundleNames.h"
 #include "tools/wickfield-bundle/create/CreateFailure.h"
 
 namespace wickfield_bundle {
+
+namespace linux_host = platform::linux_host;
 
 namespace {
 
@@ -47,8 +50,38 @@ void checkComponents(const ProjectItem& item, const std::vector<std::string>& co
     }
 }
 
-bool isInstalledAsOne(const std::string& source) {
-    return !platform::host().files->isFolder(source) || platform::host().workspace->isFilePackage(source);
+// Which of the components is the first that an installation copies whole: a package, or the item itself unless it is a
+// folder that an installation looks into.
+std::optional<std::size_t> copiedWhole(const std::vector<std::string>& components, const std::string& source) {
+    const auto package = std::ranges::find_if(components, linux_host::hasPackageExtension);
+    if (package != components.end()) {
+        return static_cast<std::size_t>(package - components.begin());
+    }
+    if (platform::host().files->isFolder(source) && !platform::host().workspace->isFilePackage(source)) {
+        return std::nullopt;
+    }
+    return components.size() - 1;
+}
+
+// What an installation would leave out, or put somewhere else than is meant.
+void checkIsInstalled(const ProjectItem& item, const std::vector<std::string>& components) {
+    const std::string name = kz::lastPathComponent(item.source);
+    if (linux_host::hasPackageExtension(name) && std::ranges::none_of(components, linux_host::hasPackageExtension)) {
+        refuse(item, "it would lose its extension; end the destination in “/” to put " + quoted(name) +
+                         " into that folder, or in a name with that extension");
+    }
+    const auto whole = copiedWhole(components, item.source);
+    if (!whole) {
+        return;
+    }
+    if (*whole == 0) {
+        refuse(item, "an item has to lie in a folder, as in /Library/" + components.front());
+    }
+    if (components[*whole].starts_with('.')) {
+        const bool isFile = *whole + 1 == components.size() && !linux_host::hasPackageExtension(components[*whole]);
+        refuse(item, std::string("an installation passes over items whose names begin with “.”") +
+                         (isFile ? "; end it in “/” to put the item into that folder" : ""));
+    }
 }
 
 PlacedItem placed(const ProjectItem& item) {
@@ -60,19 +93,14 @@ PlacedItem placed(const ProjectItem& item) {
         refuse(item, "that is the disk itself; name the place on it that is meant");
     }
     if (item.destination.ends_with('/')) {
-        components.push_back(kz::lastPathComponent(item.source));
+        const std::string name = kz::lastPathComponent(item.source);
+        if (name == "." || name == ".." || name == "/") {
+            refuse(item, "write the name that it is to have behind the “/”");
+        }
+        components.push_back(name);
     }
     checkComponents(item, components);
-    if (isInstalledAsOne(item.source)) {
-        if (components.size() == 1) {
-            refuse(item, "an item has to lie in a folder, as in /Library/" + components.front());
-        }
-        if (components.back().starts_with('.')) {
-            refuse(item,
-                   "an installation passes over items whose names begin with “.”; end it in “/” to put the item into "
-                   "that folder");
-        }
-    }
+    checkIsInstalled(item, components);
     std::string place;
     for (const std::string& component : components) {
         place = kz::appendPathComponent(place, component);
@@ -80,10 +108,12 @@ PlacedItem placed(const ProjectItem& item) {
     return {item.source, place};
 }
 
-// What the tree has where the item or a folder on its way is to be; none when it leaves the room for it.
-void checkRoomInTree(const std::string& tree, const PlacedItem& item) {
-    std::string path = tree;
-    const auto components = kz::pathComponents(item.place);
+// What a folder that is copied has where the item or a folder on its way is to be. `way` is the item's, from the
+// folder; `holder` is what people call the folder.
+void checkRoom(const std::string& folder, const std::string& way, const PlacedItem& item, const std::string& holder) {
+    const std::string start = quoted(item.source) + " cannot go to " + quoted("/" + item.place) + ": ";
+    std::string path = folder;
+    const auto components = kz::pathComponents(way);
     for (std::size_t at = 0; at < components.size(); ++at) {
         path = kz::appendPathComponent(path, components[at]);
         const auto attributes = platform::host().files->attributes(path);
@@ -91,12 +121,29 @@ void checkRoomInTree(const std::string& tree, const PlacedItem& item) {
             return;
         }
         if (at + 1 == components.size()) {
-            throw SenselessProject("“" + item.source + "” cannot go to “/" + item.place +
-                                   "”: the tree has something there already, “" + path + "”; leave out one of the two");
+            throw SenselessProject(start + holder + " has something there already, " + quoted(path) +
+                                   "; leave out one of the two");
         }
         if (attributes->type != platform::FileType::folder) {
-            throw SenselessProject("“" + item.source + "” cannot go to “/" + item.place + "”: in the tree “" + path +
-                                   "” is no folder");
+            throw SenselessProject(start + "in " + holder + " " + quoted(path) + " is no folder");
+        }
+    }
+}
+
+// Of items in the order of their places.
+void checkRoomInOthers(const std::vector<PlacedItem>& items) {
+    for (const PlacedItem& item : items) {
+        for (auto slash = item.place.find('/'); slash != std::string::npos; slash = item.place.find('/', slash + 1)) {
+            const auto other = std::ranges::lower_bound(items, item.place.substr(0, slash), {}, &PlacedItem::place);
+            if (other->place.size() != slash || !item.place.starts_with(other->place)) {
+                continue;
+            }
+            if (!platform::host().files->isFolder(other->source)) {
+                throw SenselessProject(quoted(item.source) + " cannot go to " + quoted("/" + item.place) + ", since " +
+                                       quoted(other->source) + ", which goes to " + quoted("/" + other->place) +
+                                       ", is no folder");
+            }
+            checkRoom(other->source, item.place.substr(slash + 1), item, quoted(other->source));
         }
     }
 }
@@ -108,7 +155,7 @@ std::vector<PlacedItem> placeItems(const Project& project) {
     for (const ProjectItem& item : project.items) {
         items.push_back(placed(item));
         if (project.tree) {
-            checkRoomInTree(*project.tree, items.back());
+            checkRoom(*project.tree, items.back().place, items.back(), "the tree");
         }
     }
     std::ranges::stable_sort(items, {}, &PlacedItem::place);
@@ -117,6 +164,7 @@ std::vector<PlacedItem> placeItems(const Project& project) {
         throw SenselessProject("“" + twice->source + "” and “" + std::next(twice)->source + "” both go to “/" +
                                twice->place + "”; leave out one of the two");
     }
+    checkRoomInOthers(items);
     return items;
 }
 

@@ -15,7 +15,8 @@ struct PlacedItem {
 
 // By place, so that what lies in another item comes after it. A destination that ends in "/" is a folder to put the
 // item into. Looks at the sources and at the tree; throws SenselessProject for a destination that an installation
-// cannot mean or that two items want or the tree has already, CreateFailure for a source that is not there.
+// cannot mean, or that two items want, or that the tree or another item has already; CreateFailure for a source that is
+// not there.
 std::vector<PlacedItem> placeItems(const Project& project);
 
 }  // namespace wickfield_bundle
