@@ -151,12 +151,24 @@ TEST(ProjectFile, TellsOfAllThatIsWrongAtOnce) {
     EXPECT_EQ(problemsOf("{\"name\": 1, \"nane\": 2, \"tree\": []}").size(), 3U);
 }
 
+TEST(ProjectFile, TellsOfNoMoreThanAnybodyReads) {
+    std::string contents = "{\"items\": [1";
+    for (int i = 0; i < 500'000; ++i) {
+        contents += ",1";
+    }
+    const auto problems = problemsOf(contents + "]}");
+    EXPECT_EQ(problems.size(), 51U);
+    EXPECT_EQ(problems.back(), "repo/wickfield.json: more may be wrong; mend these first");
+}
+
 TEST(ProjectFile, SaysWhereItIsNoJson) {
     EXPECT_THAT(problemsOf("{\n\"name\": \"B\"\n\"version\": \"1\"}"),
                 ElementsAre(::testing::StartsWith("repo/wickfield.json:3: is no JSON: ")));
     EXPECT_THAT(problemsOf(""), ElementsAre(HasSubstr(":1: is no JSON: ")));
     EXPECT_THAT(problemsOf("{\"name\": \"B\"} more"), ElementsAre(HasSubstr("is no JSON: ")));
     EXPECT_THAT(problemsOf("{\"name\": \"B"), ElementsAre(HasSubstr("is no JSON: ")));
+    EXPECT_THAT(problemsOf("{\"name\": 1e999}"),
+                ElementsAre("repo/wickfield.json:1: is no JSON: number overflow parsing '1e999'"));
 }
 
 TEST(ProjectFile, RefusesARootThatIsNoObject) {

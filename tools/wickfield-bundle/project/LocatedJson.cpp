@@ -73,10 +73,12 @@ public:
     bool end_array() override { return close(); }
 
     bool parse_error(std::size_t position, const std::string&, const json::exception& error) override {
-        // What the library says after the line and the column, of which the first is told otherwise.
+        // What the library says after its own mark, and after the line and the column, of which the first is told
+        // otherwise.
         std::string what = error.what();
-        const auto column = what.find("column ");
-        const auto colon = column == std::string::npos ? column : what.find(": ", column);
+        const auto mark = what.find("] ");
+        what = mark == std::string::npos ? what : what.substr(mark + 2);
+        const auto colon = what.starts_with("parse error at line ") ? what.find(": ") : std::string::npos;
         what = colon == std::string::npos ? what : what.substr(colon + 2);
         throw JsonProblem("is no JSON: " + what, position > 0 ? position - 1 : 0);
     }

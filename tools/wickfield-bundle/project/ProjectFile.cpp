@@ -15,6 +15,7 @@ namespace wickfield_bundle {
 namespace {
 
 constexpr std::uint64_t largestFile = std::uint64_t{1} << 20U;
+constexpr std::size_t mostProblems = 50;
 
 constexpr std::array<std::string_view, 11> keysOfProject{"name",        "version",    "author",   "identifier",
                                                          "agreement",   "background", "branding", "preinstall",
@@ -54,6 +55,10 @@ private:
 
     void complain(const LocatedValue& value, const std::string& words) {
         m_problems.push_back(placeOf(value.offset) + words);
+        if (m_problems.size() == mostProblems) {
+            m_problems.push_back(m_path + ": more may be wrong; mend these first");
+            throw ProjectProblems(std::move(m_problems));
+        }
     }
 
     // Keys that are unknown or stand twice.

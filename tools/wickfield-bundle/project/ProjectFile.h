@@ -11,8 +11,8 @@
 
 namespace wickfield_bundle {
 
-// Everything that is wrong with a project file, one line each: the file, the line where there is one, the key, what is
-// wrong and what is wanted instead.
+// What is wrong with a project file, one line each: the file, the line where there is one, the key, what is wrong and
+// what is wanted instead. Everything, unless it is so much that nobody would read it.
 class ProjectProblems : public std::runtime_error {
 public:
     explicit ProjectProblems(std::vector<std::string> lines)
