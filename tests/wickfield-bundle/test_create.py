@@ -13,7 +13,7 @@ import time
 import unittest
 import zipfile
 
-from support import RESOURCES, TREE, WICKFIELD_BUNDLE, BundleCase, is_root
+from support import NOBODY, RESOURCES, TREE, WICKFIELD_BUNDLE, BundleCase, is_root
 
 BUNDLE = "Brook Installer.app"
 ARCHIVE = "Brook Installer.zip"
@@ -183,6 +183,20 @@ class SourceTest(CreateCase):
         made = self.bundle_path / TREE / "Library/folder"
         self.assertEqual({path.name: os.readlink(path) for path in made.iterdir()},
                          {"loop": "loop", "up": "..", "dangling": "/nowhere"})
+
+    @unittest.skipUnless(is_root(), "another user's folder needs the superuser")
+    def test_a_working_folder_that_is_closed_to_the_user_is_a_failure(self):
+        self.folder.chmod(0o755)
+        self.file("x")
+        closed = self.folder / "closed"
+        closed.mkdir(0o700)
+        run = subprocess.run([WICKFIELD_BUNDLE, "create", *NAMES, "--template", str(self.work / "Template.app"),
+                              "--item", f"{self.work / 'x'}=/Library/x", "--output", "out"], cwd=closed,
+                             env=self.environment, user=NOBODY, group=NOBODY, extra_groups=[], capture_output=True,
+                             check=False, timeout=60)
+        if b"ermission denied" in run.stderr and b"exec" in run.stderr:
+            self.skipTest("another user cannot run the program")
+        self.assert_fails(run, 1, "ermission denied")
 
     @unittest.skipUnless(is_root(), "another user's files need the superuser")
     def test_a_file_that_cannot_be_read_leaves_nothing(self):

@@ -12,9 +12,10 @@ namespace {
 
 platform::FileManager& files() { return *platform::host().files; }
 
-// The folder itself or the nearest above it that is there; "." or "/" at the farthest.
+// The folder itself or the nearest above it that is there; "." or "/" at the farthest, even one that cannot be looked
+// into.
 std::string nearestExisting(std::string folder) {
-    while (!files().fileExists(folder)) {
+    while (!files().fileExists(folder) && folder != "." && folder != "/") {
         const std::string above = kz::deletingLastPathComponent(folder);
         folder = above.empty() ? "." : above;
     }
