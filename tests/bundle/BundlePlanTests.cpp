@@ -110,6 +110,15 @@ TEST_F(BundlePlans, TakeAFolderForAnAgreementWithPictures) {
     EXPECT_THAT(places(), Contains("Contents/Resources/Agreement.rtfd"));
 }
 
+TEST_F(BundlePlans, TakeNoOtherFolderForAnAgreementOrABackground) {
+    project.agreement = makeFolder("docs");
+    EXPECT_THAT(complaint(), HasSubstr("the agreement “" + *project.agreement + "” is a folder"));
+    project.agreement.reset();
+    write("Background.rtfd/TXT.rtf");
+    project.background = place / "Background.rtfd";
+    EXPECT_THAT(complaint(), HasSubstr("the background “" + *project.background + "” is a folder"));
+}
+
 TEST_F(BundlePlans, NameWhatIsNotThere) {
     project.agreement = place / "none.rtf";
     EXPECT_THAT(failureOfPlan(), HasSubstr("the agreement “" + *project.agreement + "” is not there"));

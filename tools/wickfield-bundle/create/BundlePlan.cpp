@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <string_view>
 
 #include "app/InstallationScripts.h"
 #include "app/InstallationTree.h"
@@ -103,6 +104,11 @@ private:
         const std::string name = kz::lastPathComponent(*path);
         if (const std::string objection = objectionToFileName(name); !objection.empty()) {
             throw SenselessProject(std::string("the ") + what + "'s file name “" + name + "” " + objection);
+        }
+        const bool isDocument = std::string_view(key) == InstallerSettings::agreementKey &&
+                                platform::host().files->fileExists(kz::appendPathComponent(*path, "TXT.rtf"));
+        if (platform::host().files->isFolder(*path) && !isDocument) {
+            throw SenselessProject(std::string("the ") + what + " “" + *path + "” is a folder; name a file");
         }
         m_plan.settings[key].value = name;
         copyResource(what, *path, name);
