@@ -44,6 +44,23 @@ class MacBuildTest(BundleCase):
         settings = [plistlib.loads((each / "InstallerSettings.plist").read_bytes()) for each in (theirs, ours)]
         self.assertEqual(settings[0], settings[1])
 
+    def test_names_the_bundle_and_its_items_as_wickfield_bundle_does(self):
+        self.file("built/1.3/Brook.vst3/Contents/Info.plist", b"info")
+        (self.work / "Brook.vst3").symlink_to("built/1.3/Brook.vst3")
+        project = self.file("wickfield.json", json.dumps({
+            "name": "Brook & <Delay>", "author": "Fenwick & Sons Ltd.",
+            "items": [{"source": "Brook.vst3", "destination": "/Library/Audio/Plug-Ins/VST3/"}]}).encode())
+        self.template()
+        run = self.run_tool("create", "--project", str(project), "--template", "Template.app", "--output", "out")
+        self.assertEqual(run.returncode, 0, run.stderr)
+        bundles = [self.assemble(project), self.work / "out" / "Brook & <Delay> Installer.app"]
+        items = [sorted(str(path.relative_to(bundle)) for path in (bundle / RESOURCES / "PluginStructure").rglob("*"))
+                 for bundle in bundles]
+        self.assertEqual(items[0], items[1])
+        information = [plistlib.loads((bundle / "Contents/Info.plist").read_bytes()) for bundle in bundles]
+        for key in ("CFBundleName", "CFBundleIdentifier", "CFBundleShortVersionString", "CFBundleVersion"):
+            self.assertEqual(information[0][key], information[1][key], key)
+
     def test_takes_the_tree_that_the_build_makes(self):
         self.file("made/Library/x")
         project = self.file("wickfield.json", b'{"name": "Brook", "identifier": "com.example.brook"}')
