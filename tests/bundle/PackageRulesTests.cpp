@@ -34,7 +34,7 @@ protected:
     }
     void good(const std::string& place) {
         write(place + "/Contents/Info.plist", plist());
-        write(place + "/Contents/MacOS/Echo", "code", 0755);
+        write(place + "/Contents/MacOS/Echo", "#!/bin/sh\n", 0755);
     }
     void good() { good(package); }
 };
@@ -45,7 +45,7 @@ TEST_F(CheckingPackages, HasNothingToSayOfGoodOnes) {
 }
 
 TEST_F(CheckingPackages, WantsAnInfoPlist) {
-    write(executable, "code", 0755);
+    write(executable, "#!/bin/sh\n", 0755);
     EXPECT_THAT(found(checkPackages), ElementsAre(Found{"package-info-missing", information}));
 }
 
@@ -88,8 +88,29 @@ TEST_F(CheckingPackages, WantsTheKindThatFitsTheExtension) {
 
 TEST_F(CheckingPackages, WantsTheExecutableThatIsNamed) {
     write(information, plist({{"CFBundleExecutable", "Other"}}));
-    write(executable, "code", 0755);
+    write(executable, "#!/bin/sh\n", 0755);
     EXPECT_THAT(found(checkPackages), ElementsAre(Found{"package-executable", package + "/Contents/MacOS/Other"}));
+}
+
+TEST_F(CheckingPackages, WantsTheExecutableToBeCode) {
+    good();
+    for (const std::string text :
+         {"", "code", "version https://git-lfs.github.com/spec/v1\noid sha256:0\n", "\xCA\xFE", "\xCF\xFA"}) {
+        write(executable, text, 0755);
+        EXPECT_THAT(found(checkPackages), ElementsAre(Found{"package-executable", executable})) << text;
+    }
+    for (const std::string text : {"\xCF\xFA\xED\xFE", "\xCA\xFE\xBA\xBE", "#!/usr/bin/env bash\n"}) {
+        write(executable, text, 0755);
+        EXPECT_THAT(found(checkPackages), IsEmpty()) << text;
+    }
+}
+
+TEST_F(CheckingPackages, WantsTheCodeForLinuxToBeMoreThanAPlaceForIt) {
+    const std::string code = package + "/Contents/x86_64-linux/Echo.so";
+    for (const char* text : {"", "version https://git-lfs.github.com/spec/v1\n"}) {
+        write(code, text);
+        EXPECT_THAT(found(checkPackages), ElementsAre(Found{"package-executable", code})) << text;
+    }
 }
 
 TEST_F(CheckingPackages, TakesTheFolderForTheNameOfTheExecutable) {
@@ -110,7 +131,7 @@ TEST_F(CheckingPackages, TakesNoFolderAndNoPathForAnExecutable) {
 
 TEST_F(CheckingPackages, TakesALinkToTheExecutable) {
     write(information, plist());
-    write(package + "/Contents/Code/Echo", "code", 0755);
+    write(package + "/Contents/Code/Echo", "#!/bin/sh\n", 0755);
     link(executable, "../Code/Echo");
     EXPECT_THAT(found(checkPackages), IsEmpty());
 }
@@ -149,6 +170,13 @@ TEST_F(CheckingPackages, WarnsOfTwoWithOneIdentifier) {
     good(other);
     EXPECT_THAT(found(checkPackages), ElementsAre(Found{"package-identifier-twice", other}));
     EXPECT_THAT(reason(checkPackages), HasSubstr("com.example.echo"));
+}
+
+TEST_F(CheckingPackages, HasNothingToSayOfTheFormsOfOnePlugInWithOneIdentifier) {
+    good();
+    good(inTree("Library/Audio/Plug-Ins/Components/Echo.component"));
+    good(inTree("Library/Audio/Plug-Ins/CLAP/Echo.clap"));
+    EXPECT_THAT(found(checkPackages), IsEmpty());
 }
 
 TEST_F(CheckingPackages, WarnsOfPlacesWhereNoHostLooks) {

@@ -30,6 +30,17 @@ TEST_F(PlaceholderRules, FindOneWhoseParentHasOtherCapitals) {
     EXPECT_THAT(found(checkPlaceholders), ElementsAre(Found{"placeholder-case", inTree("users/user")}));
 }
 
+TEST_F(PlaceholderRules, FindTheLongerOnesWithOtherCapitals) {
+    write(inTree("Users/user/Library/preferences/a"));
+    write(inTree("Users/user/Library/Application support/Reverb/b"));
+    write(inTree("Users/user/documents/c"));
+    write(inTree("Users/user/documentation/d"));
+    EXPECT_THAT(found(checkPlaceholders),
+                ElementsAre(Found{"placeholder-case", inTree("Users/user/Library/Application support")},
+                            Found{"placeholder-case", inTree("Users/user/Library/preferences")},
+                            Found{"placeholder-case", inTree("Users/user/documents")}));
+}
+
 TEST_F(PlaceholderRules, FindANameThatMerelyBeginsLikeOne) {
     write(inTree("Users/username/a"));
     EXPECT_THAT(found(checkPlaceholders), ElementsAre(Found{"placeholder-by-prefix", inTree("Users/username")}));

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "lib/base/Text.h"
+#include "tools/wickfield-bundle/check/NameFolding.h"
 
 namespace wickfield_bundle {
 
@@ -14,8 +15,6 @@ constexpr std::size_t mostOfHead = 4096;       // bytes
 constexpr std::string_view blanks = " \t\r\n\f";
 
 bool isNameCharacter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-'; }
-
-char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool isSame(std::string_view text, std::string_view lowerCase) {
     return std::ranges::equal(text, lowerCase, {}, lowered);
@@ -97,11 +96,13 @@ private:
     void readStyles(std::string_view html) {
         for (const std::string_view opening : {"url(", "@import"}) {
             for (auto at = findIgnoringCase(html, opening, 0); at != std::string_view::npos;
-                 at = findIgnoringCase(html, opening, at + 1)) {
-                const std::string_view rest = html.substr(at + opening.size(), longestReference);
+                 at = findIgnoringCase(html, opening, at)) {
+                at += opening.size();
+                const std::string_view rest = html.substr(at, longestReference);
                 const auto begin = std::min(rest.find_first_not_of(" \t\r\n'\""), rest.size());
                 const auto end = std::min(rest.find_first_of("'\");<", begin), rest.size());
                 note(rest.substr(begin, end - begin), false);
+                at += end;
             }
         }
     }

@@ -30,8 +30,7 @@ std::string foldedName(std::string_view name) {
         return mapped(name, UTF8PROC_STABLE | UTF8PROC_DECOMPOSE | UTF8PROC_CASEFOLD);
     }
     std::string folded(name);
-    std::ranges::transform(folded, folded.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    std::ranges::transform(folded, folded.begin(), lowered);
     return folded;
 }
 

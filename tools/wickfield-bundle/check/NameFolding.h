@@ -6,6 +6,9 @@
 
 namespace wickfield_bundle {
 
+// Of the letters of ASCII.
+inline char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
 // Equal for names that a file system which ignores case and the form of accents takes for one. Bytes that are not
 // UTF-8 stay as they are.
 std::string foldedName(std::string_view name);

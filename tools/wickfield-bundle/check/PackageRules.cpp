@@ -13,6 +13,8 @@
 #include "lib/base/Text.h"
 #include "platform/ports/Host.h"
 #include "tools/wickfield-bundle/check/Check.h"
+#include "tools/wickfield-bundle/check/MachOBytes.h"
+#include "tools/wickfield-bundle/check/NameFolding.h"
 #include "tools/wickfield-bundle/check/RegularFile.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 
@@ -51,8 +53,6 @@ constexpr std::array<CodeKind, 18> codeKinds{{{"aaxplugin", "", "plug-ins"},
                                               {"vst3", "BNDL", "vst3"},
                                               {"xpc", "XPC!", ""}}};
 
-char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 // Asked of every item, most of which are none.
 const CodeKind* kindOf(std::string_view path) {
     const std::string_view name = path.substr(path.rfind('/') + 1);
@@ -78,6 +78,13 @@ std::span<const InventoryEntry> within(const Inventory& inventory, const std::st
 bool liesDirectlyIn(const InventoryEntry& entry, const std::string& folder) {
     return liesWithin(entry.path, folder) && entry.path.find('/', folder.size() + 1) == std::string::npos;
 }
+
+bool isForMacOS(std::string_view head) {
+    return head.starts_with("\xCA\xFE\xBA\xBE") || head.starts_with("\xCA\xFE\xBA\xBF") || head.starts_with("#!") ||
+           machOMagic(head).has_value();
+}
+
+bool isAnything(std::string_view /*head*/) { return true; }
 
 class PackageCheck {
 public:
@@ -140,6 +147,8 @@ private:
         const std::string code = folder + "/" + nameWithoutExtension() + ".so";
         if (!hasFile(code)) {
             report("package-executable", code, "Hosts on Linux look for this file, and it is not there.");
+        } else {
+            checkBeginning(code, isAnything);
         }
     }
 
@@ -210,6 +219,27 @@ private:
             report("package-executable", part,
                    named ? "Info.plist names it as the executable, and it is not there."
                          : "Info.plist names no executable, and this file, which would be taken for it, is not there.");
+            return;
+        }
+        checkBeginning(part, isForMacOS);
+    }
+
+    // A file of that name is not always the code: what a build or a checkout left undone looks like it from outside.
+    void checkBeginning(const std::string& code, bool (*isCode)(std::string_view)) {
+        std::string whyNot;
+        const auto file = RegularFile::open(m_bundle.fullPath(m_place + "/" + code), whyNot);
+        if (!file) {
+            return;  // of the right to read it other rules tell
+        }
+        constexpr std::string_view pointer = "version https://git-lfs";
+        const std::string head = file->head(pointer.size());
+        if (head.empty()) {
+            report("package-executable", code, "It is empty.");
+        } else if (head == pointer) {
+            report("package-executable", code, "It is what Git LFS keeps in place of the file.",
+                   "Fetch the file (git lfs pull), and make the bundle again.");
+        } else if (!isCode(head)) {
+            report("package-executable", code, "It is neither code for macOS nor a script.");
         }
     }
 
@@ -255,7 +285,8 @@ void checkPlace(const CheckedItem& item, const CodeKind& kind, Findings& finding
 }  // namespace
 
 void checkPackages(const CheckedBundle& bundle, Findings& findings) {
-    std::map<std::string, std::string> identifiers;  // and the place that had it first
+    // The forms of one plug-in have one identifier more often than not, and nobody confuses those.
+    std::map<std::pair<std::string_view, std::string>, std::string> identifiers;  // of a kind; and where it was first
     for (const CheckedItem& item : bundle.items) {
         const CodeKind* const kind = kindOf(item.path);
         if (kind == nullptr) {
@@ -267,7 +298,7 @@ void checkPackages(const CheckedBundle& bundle, Findings& findings) {
             continue;  // a single file is all that a plug-in is on some hosts
         }
         if (const auto identifier = PackageCheck(bundle, item.place, *kind, findings).run()) {
-            const auto [first, isNew] = identifiers.try_emplace(*identifier, item.place);
+            const auto [first, isNew] = identifiers.try_emplace({kind->extension, *identifier}, item.place);
             if (!isNew) {
                 add(findings, "package-identifier-twice", item.place,
                     "It is called \"" + *identifier + "\" as is " + first->second + ".");

@@ -5,23 +5,14 @@
 #include <string_view>
 
 #include "app/UserPlaceholders.h"
-#include "lib/base/Text.h"
 #include "tools/wickfield-bundle/check/BuildersPlaces.h"
 #include "tools/wickfield-bundle/check/Check.h"
+#include "tools/wickfield-bundle/check/NameFolding.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 
 namespace wickfield_bundle {
 
 namespace {
-
-// The path's first folders; all of it when it has no more.
-std::string_view leading(std::string_view path, std::size_t folders) {
-    std::size_t end = 0;
-    for (std::size_t folder = 0; folder < folders && end < path.size(); ++folder) {
-        end = std::min(path.find('/', end + 1), path.size());
-    }
-    return path.substr(0, end);
-}
 
 struct Suspect {
     RuleName rule;
@@ -44,14 +35,20 @@ std::optional<Suspect> takenByPrefix(const CheckedItem& item) {
                        item.path + "\" would be put at \"" + item.destination + "\"."};
 }
 
+// Of the longer ones, too: where case does not count nobody notices, but on Linux they lie elsewhere.
 std::optional<Suspect> writtenOtherwise(const CheckedItem& item) {
-    const std::string_view two = leading(item.path, 2);
-    if (kz::lowercased(two) != "/users/user" || UserPlaceholders::placeholderOf(item.path) != nullptr) {
-        return std::nullopt;
+    const auto placeholders = UserPlaceholders::all();
+    for (auto placeholder = placeholders.rbegin(); placeholder != placeholders.rend(); ++placeholder) {  // home first
+        const std::string_view folder = std::string_view(item.path).substr(0, placeholder->prefix.size());
+        const bool isWhole = item.path.size() == folder.size() || item.path[folder.size()] == '/';
+        if (isWhole && folder != placeholder->prefix &&
+            std::ranges::equal(folder, placeholder->prefix, {}, lowered, lowered)) {
+            return Suspect{"placeholder-case", std::string(folder),
+                           "It is not the placeholder \"" + std::string(placeholder->prefix) + "\": \"" + item.path +
+                               "\" would be put at \"" + item.destination + "\"."};
+        }
     }
-    return Suspect{"placeholder-case", std::string(two),
-                   "It is not the placeholder \"/Users/user\", but would be the home of somebody called \"" +
-                       std::string(two.substr(two.rfind('/') + 1)) + "\"."};
+    return std::nullopt;
 }
 
 std::optional<Suspect> inSomebodysHome(const CheckedItem& item) {

@@ -67,8 +67,8 @@ inline constexpr auto ruleTable = std::to_array<Rule>({
 
     // placeholders and other people's homes
     {"placeholder-case", Severity::error,
-     "A path looks like the placeholder \"/Users/user\" but is written with other letters, so it is not replaced.",
-     "Write it \"/Users/user\", in exactly these letters."},
+     "A path looks like a placeholder, such as \"/Users/user\", but has other capitals, so it is not replaced.",
+     "Write the placeholder in exactly its letters."},
     {"placeholder-by-prefix", Severity::error,
      "A name merely begins like a placeholder, but is taken for it: the rest of the name becomes a folder in the "
      "customer's home.",
