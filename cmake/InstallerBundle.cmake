@@ -4,9 +4,9 @@
 #     [OUTPUT    the folder to put the bundle into; default: the current binary folder]
 #     [DEPENDS   files that stand for the tree's contents when the build makes it])
 #
-# A target, part of "all", that makes "<name> Installer.app" anew when one of its parts has changed. The bundle needs
-# neither the build folder nor this source tree afterwards and runs from wherever it is moved. TARGET gets the property
-# WICKFIELD_BUNDLE with the bundle's path.
+# A target, part of "all", that makes "<name> Installer.app" anew when one of its parts has changed; those in the build
+# folder count by DEPENDS alone. The bundle needs neither the build folder nor this source tree afterwards and runs from
+# wherever it is moved. TARGET gets the property WICKFIELD_BUNDLE with the bundle's path.
 
 include("${CMAKE_CURRENT_LIST_DIR}/InstallerTemplate.cmake")
 set(_wickfield_bundle_scripts "${CMAKE_CURRENT_LIST_DIR}")
@@ -18,6 +18,43 @@ function(_wickfield_project_value variable contents key)
         set(value "")
     endif()
     set(${variable} "${value}" PARENT_SCOPE)
+endfunction()
+
+# _wickfield_add_files(VARIABLE PATH): adds the file, or all that lie in the folder, unless the build makes it.
+function(_wickfield_add_files variable path)
+    cmake_path(IS_PREFIX CMAKE_BINARY_DIR "${path}" NORMALIZE is_made)
+    if(IS_DIRECTORY "${path}" AND NOT is_made)
+        file(GLOB_RECURSE files CONFIGURE_DEPENDS "${path}/*")
+        list(APPEND ${variable} ${files})
+    elseif(NOT is_made)
+        list(APPEND ${variable} "${path}")
+    endif()
+    set(${variable} ${${variable}} PARENT_SCOPE)
+endfunction()
+
+# _wickfield_sources(VARIABLE CONTENTS FOLDER KEYS...): the files that a project's keys and its items name.
+function(_wickfield_sources variable contents folder)
+    set(named "")
+    foreach(key IN LISTS ARGN)
+        _wickfield_project_value(value "${contents}" ${key})
+        list(APPEND named ${value})
+    endforeach()
+    string(JSON count ERROR_VARIABLE missing LENGTH "${contents}" items)
+    if(NOT missing AND count GREATER 0)
+        math(EXPR last "${count} - 1")
+        foreach(index RANGE ${last})
+            string(JSON source ERROR_VARIABLE missing GET "${contents}" items ${index} source)
+            if(NOT missing)
+                list(APPEND named "${source}")
+            endif()
+        endforeach()
+    endif()
+    set(sources "")
+    foreach(path IN LISTS named)
+        cmake_path(ABSOLUTE_PATH path BASE_DIRECTORY "${folder}" NORMALIZE)
+        _wickfield_add_files(sources "${path}")
+    endforeach()
+    set(${variable} ${sources} PARENT_SCOPE)
 endfunction()
 
 function(wickfield_installer_bundle target)
@@ -33,13 +70,11 @@ function(wickfield_installer_bundle target)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${project}")
     file(READ "${project}" contents)
     _wickfield_project_value(name "${contents}" name)
-    set(parts "${project}")
-    foreach(key agreement background preinstall postinstall)
-        _wickfield_project_value(value "${contents}" ${key})
-        if(value)
-            list(APPEND parts "${folder}/${value}")
-        endif()
-    endforeach()
+    set(keys agreement background preinstall postinstall)
+    if(NOT ARG_TREE)
+        list(APPEND keys tree)
+    endif()
+    _wickfield_sources(parts "${contents}" "${folder}" ${keys})
 
     set(bundle "${ARG_OUTPUT}/${name} Installer.app")
     set(stamp "${CMAKE_CURRENT_BINARY_DIR}/${target}.stamp")
@@ -61,7 +96,7 @@ function(wickfield_installer_bundle target)
         OUTPUT "${stamp}"
         COMMAND ${command}
         COMMAND ${CMAKE_COMMAND} -E touch "${stamp}"
-        DEPENDS ${made_by} ${parts} ${ARG_DEPENDS}
+        DEPENDS ${made_by} "${project}" ${parts} ${ARG_DEPENDS}
         COMMENT "Making ${name} Installer.app"
         VERBATIM)
     add_custom_target(${target} ALL DEPENDS "${stamp}")
