@@ -2,7 +2,7 @@
 #     PROJECT    the project file: what the plug-in is called, its agreement, image and scripts, the files to install
 #     [TREE      a folder that mirrors the disk from its root, in place of the project's]
 #     [OUTPUT    the folder to put the bundle into; default: the current binary folder]
-#     [DEPENDS   files that stand for the tree's contents when the build makes it])
+#     [DEPENDS   files that stand for what the build makes of it: the tree, items])
 #
 # A target, part of "all", that makes "<name> Installer.app" anew when one of its parts has changed; those in the build
 # folder count by DEPENDS alone. The bundle needs neither the build folder nor this source tree afterwards and runs from

@@ -95,11 +95,11 @@ void BundleFolder::writeFile(std::string_view place, std::string_view contents) 
     } catch (const linux_host::ToolFailure&) {
         throwWhenFailed(errno != 0 ? errno : EIO, "write", path);
     }
-    m_files[path].isOurs = true;
+    m_files.push_back(path);
 }
 
 void BundleFolder::finish(const FileTimes& times) {
-    for (const auto& [place, state] : m_files) {
+    for (const std::string& place : m_files) {
         const Descriptor file(::openat(holding(place), nameOf(place).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
         throwWhenFailed(file ? resultOf(::fchmod(file.get(), modeOfFiles)) : errno, "write", place);
         setTime(file.get(), times.newest(), place);

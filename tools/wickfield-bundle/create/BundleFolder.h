@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/posix/Descriptor.h"
 #include "tools/wickfield-bundle/create/FileTimes.h"
@@ -45,7 +46,7 @@ private:
     int m_bundle;
     platform::posix::Descriptor m_open;
     std::map<std::string, State> m_folders;  // by place; those above come before those below
-    std::map<std::string, State> m_files;
+    std::vector<std::string> m_files;        // places
 };
 
 }  // namespace wickfield_bundle

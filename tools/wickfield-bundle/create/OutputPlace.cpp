@@ -22,7 +22,7 @@ std::string nearestExisting(std::string folder) {
     return folder;
 }
 
-// The folder that really holds the item, whatever links led to it.
+// The folder that really holds the item, whatever links to folders led to it.
 std::string holding(const std::string& path) {
     if (files().isFolder(path)) {
         return path + "/..";

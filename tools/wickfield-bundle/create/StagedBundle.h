@@ -21,7 +21,6 @@ public:
 
     int folder() const { return m_bundle.get(); }
     const std::string& path() const { return m_staged; }  // now
-    const std::string& finalPath() const { return m_final; }
 
     // In one step. With `no` whatever has the name by now is a failure; with `yes` what was there is removed after the
     // exchange. Throws CreateFailure. What comes back is why the replaced one is still there, under a hidden name.
