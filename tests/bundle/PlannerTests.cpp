@@ -290,8 +290,16 @@ TEST_F(Planning, AsksAnAdministratorForWhatIsSomebodyElses) {
     }
     write(inTree("folder"), "1");
     fs::create_directories(target("folder"));
-    ::chmod(target("folder").c_str(), 0555);  // its entry ".." cannot be changed
+    ::chmod(target("folder").c_str(), 0111);  // its entry ".." cannot be changed
     EXPECT_EQ(stateFor(target("folder")), "replaced, administrator");
+    ::chmod(target("folder").c_str(), 0755);
+}
+
+TEST_F(Planning, AsksNobodyForAReadOnlyFolderOfTheUsersOwn) {
+    write(inTree("folder"), "1");
+    fs::create_directories(target("folder"));
+    ::chmod(target("folder").c_str(), 0555);
+    EXPECT_EQ(stateFor(target("folder")), "replaced");
     ::chmod(target("folder").c_str(), 0755);
 }
 

@@ -30,8 +30,10 @@ bool mayLeave(const std::string& path, const std::string& folder) {
     if (isSticky && item.st_uid != ::geteuid() && above.st_uid != ::geteuid()) {
         return false;
     }
-    // Its entry ".." has to change.
-    return !S_ISDIR(item.st_mode) || rightToChange(path) == Right::granted;
+    // A folder's entry ".." has to change. One's own that is read-only is opened up for the moment of the move.
+    const bool isOpenedUp =
+        item.st_uid == ::geteuid() && (item.st_mode & S_IWUSR) == 0 && rightToRead(path) == Right::granted;
+    return !S_ISDIR(item.st_mode) || rightToChange(path) == Right::granted || isOpenedUp;
 }
 
 }  // namespace wickfield_bundle
