@@ -23,6 +23,10 @@ std::string quoted(const std::string& text) { return "“" + text + "”"; }
     throw SenselessProject("“" + item.source + "” cannot go to “" + item.destination + "”: " + why);
 }
 
+[[noreturn]] void refuse(const PlacedItem& item, const std::string& why) {
+    refuse(ProjectItem{item.source, "/" + item.place}, why);
+}
+
 std::vector<std::string> componentsOf(const ProjectItem& item) {
     const std::string& destination = item.destination;
     if (destination.starts_with('~')) {
@@ -111,7 +115,6 @@ PlacedItem placed(const ProjectItem& item) {
 // What a folder that is copied has where the item or a folder on its way is to be. `way` is the item's, from the
 // folder; `holder` is what people call the folder.
 void checkRoom(const std::string& folder, const std::string& way, const PlacedItem& item, const std::string& holder) {
-    const std::string start = quoted(item.source) + " cannot go to " + quoted("/" + item.place) + ": ";
     std::string path = folder;
     const auto components = kz::pathComponents(way);
     for (std::size_t at = 0; at < components.size(); ++at) {
@@ -121,13 +124,19 @@ void checkRoom(const std::string& folder, const std::string& way, const PlacedIt
             return;
         }
         if (at + 1 == components.size()) {
-            throw SenselessProject(start + holder + " has something there already, " + quoted(path) +
-                                   "; leave out one of the two");
+            refuse(item, holder + " has something there already, " + quoted(path) + "; leave out one of the two");
         }
         if (attributes->type != platform::FileType::folder) {
-            throw SenselessProject(start + "in " + holder + " " + quoted(path) + " is no folder");
+            refuse(item, "in " + holder + " " + quoted(path) + " is no folder");
         }
     }
+}
+
+void checkRoomIn(const PlacedItem& other, const PlacedItem& item) {
+    if (!platform::host().files->isFolder(other.source)) {
+        refuse(item, quoted(other.source) + ", which goes to " + quoted("/" + other.place) + ", is no folder");
+    }
+    checkRoom(other.source, item.place.substr(other.place.size() + 1), item, quoted(other.source));
 }
 
 // Of items in the order of their places.
@@ -135,15 +144,9 @@ void checkRoomInOthers(const std::vector<PlacedItem>& items) {
     for (const PlacedItem& item : items) {
         for (auto slash = item.place.find('/'); slash != std::string::npos; slash = item.place.find('/', slash + 1)) {
             const auto other = std::ranges::lower_bound(items, item.place.substr(0, slash), {}, &PlacedItem::place);
-            if (other->place.size() != slash || !item.place.starts_with(other->place)) {
-                continue;
+            if (other->place.size() == slash && item.place.starts_with(other->place)) {
+                checkRoomIn(*other, item);
             }
-            if (!platform::host().files->isFolder(other->source)) {
-                throw SenselessProject(quoted(item.source) + " cannot go to " + quoted("/" + item.place) + ", since " +
-                                       quoted(other->source) + ", which goes to " + quoted("/" + other->place) +
-                                       ", is no folder");
-            }
-            checkRoom(other->source, item.place.substr(slash + 1), item, quoted(other->source));
         }
     }
 }
