@@ -88,6 +88,12 @@ TEST_F(Templates, SayByThemselvesWhatTheirProgramIsCalled) {
                 HasSubstr("different names"));
 }
 
+TEST_F(Templates, AreRefusedWhenTheirInformationCannotBeRead) {
+    const auto damaged = makeTemplate("D.app", "MacOS");
+    write("D.app/Contents/Info.plist", "<plist><dict><key>NSPrincipalClass");
+    EXPECT_THAT(refusal({.paths = {damaged}, .hosts = {}}), HasSubstr("Info.plist” is not a property list"));
+}
+
 TEST_F(Templates, AreFoundFromWhereTheProgramLies) {
     makeTemplate("prefix/share/wickfield/templates/linux/Wickfield.app", "Linux");
     makeTemplate("prefix/share/wickfield/templates/macos/Wickfield.app", "MacOS");

@@ -63,11 +63,20 @@ void checkIsNoInstaller(const Template& present) {
     }
 }
 
+// Of an application: what it says there, such as the oldest system that it runs on, goes into every bundle.
+platform::PropertyDictionary readInformation(const std::string& contents) {
+    const std::string path = joined(contents, "Info.plist");
+    auto information = kz::dictionaryWithContentsOfFile(path);
+    if (!information && platform::host().files->attributes(path)) {
+        throw CreateFailure("the template's “" + path + "” is not a property list with a dictionary");
+    }
+    return information.value_or(platform::PropertyDictionary{});
+}
+
 Template readTemplate(const std::string& path, const std::vector<std::string>& wanted) {
     Template result{.path = path, .hosts = {}, .executable = {}, .information = {}, .parts = {}};
     const std::string contents = joined(path, "Contents");
-    result.information =
-        kz::dictionaryWithContentsOfFile(joined(contents, "Info.plist")).value_or(platform::PropertyDictionary{});
+    result.information = readInformation(contents);
     result.executable = executableName(result.information);
     bool hasHost = false;
     for (const std::string& name : sortedNames(contents)) {
