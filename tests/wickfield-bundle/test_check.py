@@ -84,6 +84,24 @@ class Codes(CheckCase):
             self.assertIn("tree-top-item", rules, name)
             self.assertNotIn("settings-missing", rules, name)
 
+    def test_goes_by_links_in_a_path_as_the_system_does(self):
+        self.in_tree("readme.txt")
+        (self.folder / "deep" / "down").mkdir(parents=True)
+        (self.work / "aside").symlink_to("../deep/down")
+        (self.folder / "deep" / "here").symlink_to(self.work)
+        run = self.run_tool("check", f"aside/../here/{self.name}")
+        self.assertEqual((run.returncode, run.stderr), (1, b""))
+
+    def test_ends_well_in_a_working_folder_that_is_gone(self):
+        gone = self.folder / "gone"
+        gone.mkdir()
+        script = 'cd "$1" && rmdir "$1" && exec "$2" "$3" Gone.app'
+        for command in ("check", "show"):
+            gone.mkdir(exist_ok=True)
+            run = subprocess.run(["sh", "-c", script, "sh", str(gone), support.WICKFIELD_BUNDLE, command], check=False,
+                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=self.environment, timeout=60)
+            self.assert_fails(run, 2, "Gone.app", "nothing of this name")
+
     def test_has_its_output_lost_as_a_failure(self):
         with open("/dev/full", "wb") as full:
             run = self.run_tool("check", self.name, stdout=full)

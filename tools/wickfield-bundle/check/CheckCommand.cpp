@@ -1,8 +1,7 @@
 #include <array>
-#include <filesystem>
 
-#include "lib/base/PathText.h"
 #include "tools/commandline/Streams.h"
+#include "tools/wickfield-bundle/BundlePath.h"
 #include "tools/wickfield-bundle/Commands.h"
 #include "tools/wickfield-bundle/check/Check.h"
 #include "tools/wickfield-bundle/check/Report.h"
@@ -43,7 +42,7 @@ int run(const Arguments& arguments) {
         throw commandline::UsageError("no bundle is named");
     }
     const std::string& name = arguments.operands().front();
-    const std::string path = kz::appendPathComponent(std::filesystem::absolute(name).lexically_normal().string(), "");
+    const std::string path = bundlePathFor(name);
     const Findings findings = checkBundle(path);
     const int code = codeFor(findings, arguments.has("strict"));
     if (arguments.has("json")) {

@@ -7,6 +7,7 @@
 
 #include "lib/base/PathText.h"
 #include "tools/commandline/Streams.h"
+#include "tools/wickfield-bundle/BundlePath.h"
 #include "tools/wickfield-bundle/Commands.h"
 #include "tools/wickfield-bundle/show/Customer.h"
 #include "tools/wickfield-bundle/show/PlanReport.h"
@@ -62,7 +63,7 @@ std::string formatFrom(const Arguments& arguments) {
 int run(const Arguments& arguments) {
     const std::string format = formatFrom(arguments);
     const std::string& name = arguments.operands().front();
-    const std::string bundle = absolutePath(name);
+    const std::string bundle = bundlePathFor(name);
     const auto home = arguments.value("home");
     if (home && home->empty()) {
         throw UsageError("the home folder has no name");
