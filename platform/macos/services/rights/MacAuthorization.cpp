@@ -2,6 +2,8 @@
 
 #include <Security/Authorization.h>
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
@@ -64,6 +66,13 @@ ExecuteWithPrivileges executeWithPrivileges() {
     return reinterpret_cast<ExecuteWithPrivileges>(::dlsym(RTLD_DEFAULT, "AuthorizationExecuteWithPrivileges"));
 }
 
+// The stream is this process's alone, and the tool's input is at its end: nobody is going to write to it.
+void prepare(std::FILE* stream) {
+    const int descriptor = ::fileno(stream);
+    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    ::shutdown(descriptor, SHUT_WR);  // fails on what is no socket
+}
+
 void drainAndClose(std::FILE* stream) {
     while (std::fgetc(stream) != EOF) {
     }
@@ -119,11 +128,17 @@ int MacAuthorization::execute(AuthorizationRef& ref, const std::string& tool, co
     }
     list.push_back(nullptr);
     std::FILE* stream = nullptr;
-    const OSStatus status =
-        call(systemsOwn(ref), tool.c_str(), kAuthorizationFlagDefaults, list.data(), drain ? &stream : nullptr);
+    std::FILE** const asked = drain || m_tools.canReadAnother() ? &stream : nullptr;
+    const OSStatus status = call(systemsOwn(ref), tool.c_str(), kAuthorizationFlagDefaults, list.data(), asked);
     if (status == errAuthorizationSuccess && stream != nullptr) {
+        prepare(stream);
+        if (!drain) {
+            m_tools.readToEnd(stream);
+            return status;
+        }
         drainAndClose(stream);
     }
+    m_tools.noteEnd();
     return status;
 }
 
