@@ -2,12 +2,11 @@
 
 #import <AppKit/AppKit.h>
 
-#include <cerrno>
-
 #include "platform/macos/foundation/FileErrors.h"
 #import "platform/macos/foundation/Guarded.h"
 #import "platform/macos/foundation/Text.h"
 #include "platform/macos/services/workspace/FinderUpdate.h"
+#include "platform/macos/services/workspace/RecycleRefusal.h"
 #include "platform/macos/services/workspace/Registration.h"
 
 namespace platform::macos {
@@ -28,7 +27,8 @@ Failure MacWorkspace::recycle(const std::string& folder, const std::string& name
                                                                  files:[NSArray arrayWithObject:toNS(name)]
                                                                    tag:nullptr] == YES;
     });
-    return recycled ? Failure{} : fileError("move to the Trash", folder + "/" + name, EACCES);
+    return recycled ? Failure{}
+                    : fileError("move to the Trash", folder + "/" + name, recycleRefusal(folder, name, trashFolder));
 }
 
 std::vector<std::string> MacWorkspace::mountedLocalVolumePaths() {
