@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <utility>
 
+#import "platform/macos/appkit/AgreementText.h"
 #import "platform/macos/appkit/AppKitControls.h"
 #include "platform/macos/appkit/Callout.h"
 #import "platform/macos/foundation/Guarded.h"
@@ -114,8 +115,7 @@ std::unique_ptr<Document> AppKitApplication::loadDocument(const std::string& pat
         if (![kind isEqualToString:NSFileTypeRegular] && ![kind isEqualToString:NSFileTypeDirectory]) {
             return;
         }
-        NSAttributedString* const text = [[[NSAttributedString alloc] initWithPath:file
-                                                                documentAttributes:nullptr] autorelease];
+        NSAttributedString* const text = agreementText(file);
         if (text != nil) {
             loaded = std::make_unique<AppKitDocument>(text);
         }

@@ -58,3 +58,17 @@ NSMapTable* labels() {
 }
 
 @end
+
+// GNUstep has no reader of web pages. This one shows the page as it is handed to the reader.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+@implementation NSAttributedString (AppKitAdditions)
+
+- (id)initWithHTML:(NSData*)data options:(NSDictionary*)options documentAttributes:(NSDictionary**)attributes {
+    static_cast<void>(options);
+    static_cast<void>(attributes);
+    NSString* const page = [[[NSString alloc] initWithData:data encoding:NSASCIIStringEncoding] autorelease];
+    return [self initWithString:page];
+}
+
+@end

@@ -172,6 +172,44 @@ class Agreement(WindowCase):
         self.assertEqual(sheet["agreement"], "One %@ term.\nAnother.\n")
         self.end()
 
+    def shown(self, name, content, *beside):
+        """What the sheet shows of an agreement of that name, or hands to the reader of web pages."""
+        self.start({**SETTINGS, "KZEULAPath": name}, [(name, content), *beside])
+        return self.sheet("Please read the licence agreement before you install.")["agreement"]
+
+    def test_a_web_page_loads_nothing_and_runs_nothing(self):
+        page = self.shown("Terms.html", b"<h1>Terms</h1><img src=http://127.0.0.1:9/seal.png alt=Seal>"
+                          b"<script>run()</script><link rel=stylesheet href=s.css>You <b>agree</b>.")
+        self.assertIn("<h1>Terms</h1>SealYou <b>agree</b>.", page)
+        self.assertTrue(page.isascii())
+        self.end()
+
+    def test_a_web_page_is_known_by_its_contents_too(self):
+        self.assertIn("<body> \n<p>t</p>", self.shown("Terms", b"\xef\xbb\xbf <!DOCTYPE html>\n<p onclick=x>t</p>"))
+        self.end()
+
+    def test_a_web_page_is_read_in_the_encoding_that_it_names(self):
+        page = self.shown("Terms.htm", '<meta charset="windows-1251">Привет'.encode("cp1251"))
+        self.assertIn("<body>" + "".join(f"&#{ord(letter)};" for letter in "Привет"), page)
+        self.end()
+
+    def test_a_web_page_shows_the_pictures_beside_it_and_no_others(self):
+        page = self.shown("Terms.html", b"<img src=Seal.png><img src=Link.png alt=None>", ("Seal.png", b"\x89PNG"))
+        self.assertIn('<body><img src="data:image/png;base64,iVBORw==">None</body>', page)
+        self.end()
+
+    def test_rich_text_is_known_by_its_contents_too(self):
+        self.assertEqual(self.shown("Terms.txt", b"{\\rtf1\\ansi You agree.}"), "You agree.")
+        self.end()
+
+    def test_what_only_calls_itself_rich_text_is_shown_as_it_stands(self):
+        self.assertEqual(self.shown("Terms.rtf", b"You <img src=x> agree."), "You <img src=x> agree.")
+        self.end()
+
+    def test_a_text_in_no_encoding_is_shown_all_the_same(self):
+        self.assertEqual(self.shown("Terms.txt", b"Caf\xe9 \x81."), "Caf\u00e9 \u0081.")
+        self.end()
+
     def test_a_pipe_in_the_place_of_the_text_does_not_hold_the_window_up(self):
         def make_pipe(resources):
             os.mkfifo(resources / "Terms.rtf")
