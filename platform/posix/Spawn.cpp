@@ -1,4 +1,5 @@
 #include "platform/posix/Spawn.h"
+#include "platform/posix/FileErrors.h"
 
 #include <signal.h>
 #include <spawn.h>
@@ -7,7 +8,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #if defined(__APPLE__)
@@ -115,7 +115,7 @@ Error describe(int code, const std::string& path) {
         default:
             break;
     }
-    const std::string reason = std::generic_category().message(code);
+    const std::string reason = meaningOf(code);
     if (code == ENOENT || code == EACCES || code == ENOTDIR || code == ELOOP || code == ENAMETOOLONG) {
         return {code, "launch path not accessible: " + path + " (" + reason + ")"};
     }

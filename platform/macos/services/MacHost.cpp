@@ -13,6 +13,7 @@
 #include "platform/macos/services/files/OpenFileAttributes.h"
 #include "platform/macos/services/rights/MacAuthorization.h"
 #include "platform/macos/services/workspace/MacWorkspace.h"
+#include "platform/posix/HostOf.h"
 #include "platform/posix/MainQueue.h"
 #include "platform/posix/PosixOpenFiles.h"
 #include "platform/posix/ProcessLauncher.h"
@@ -37,25 +38,9 @@ struct Services {
     CommonDigests digests;
     GlobalQueue background;
     MacAuthorization authorization;
-    Host host;
+    Host host = posix::hostOf(*this);
 
-    Services() {
-        host.files = &files;
-        host.openFiles = &openFiles;
-        host.workspace = &workspace;
-        host.folders = &folders;
-        host.identity = &identity;
-        host.system = &system;
-        host.bundle = &bundle;
-        host.propertyLists = &propertyLists;
-        host.processes = &processes;
-        host.mainThread = &mainThread;
-        host.console = &console;
-        host.defaults = &defaults;
-        host.digests = &digests;
-        host.background = &background;
-        host.authorization = &authorization;
-    }
+    Services() { host.authorization = &authorization; }
 };
 
 }  // namespace

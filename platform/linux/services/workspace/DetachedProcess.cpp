@@ -12,8 +12,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -60,7 +60,7 @@ std::optional<std::string> findProgram(const std::string& name) {
     std::string_view folders = variable != nullptr ? variable : "/usr/local/bin:/usr/bin:/bin";
     while (!folders.empty() && !name.empty()) {
         const auto end = std::min(folders.find(':'), folders.size());
-        const std::string path = joinPath(std::string(folders.substr(0, end)), name);
+        const std::string path = posix::joinPath(std::string(folders.substr(0, end)), name);
         if (path.starts_with('/') && isProgram(path)) {
             return path;
         }

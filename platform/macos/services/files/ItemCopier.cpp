@@ -3,13 +3,14 @@
 #include <copyfile.h>
 #include <removefile.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
+#include <string>
 
 #include "platform/macos/services/files/Staging.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/RealPath.h"
+#include "platform/posix/StagedName.h"
 
 namespace platform::macos {
 
@@ -17,15 +18,10 @@ namespace {
 
 constexpr unsigned flagsAgainstRenaming = UF_IMMUTABLE | UF_APPEND;
 
-std::string realPath(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-    return real ? std::string(real.get()) : std::string();
-}
-
 // A copy within the folder that is copied would never come to its end.
 bool liesWithin(const std::string& folder, const std::string& other) {
-    const std::string outer = realPath(folder);
-    const std::string inner = realPath(other);
+    const std::string outer = posix::realPath(folder);
+    const std::string inner = posix::realPath(other);
     return !outer.empty() && (inner == outer || inner.starts_with(outer == "/" ? outer : outer + "/"));
 }
 
@@ -70,7 +66,7 @@ int moveAcross(const std::string& source, const std::string& destination, PlainM
         return code;
     }
     // The original goes in one step, too, before its parts go: what cannot be renamed could not be removed.
-    const std::string leaving = stagedSibling(source);
+    const std::string leaving = posix::stagedSibling(source);
     if (const int refused = renameWithoutReplacing(source, leaving); refused != 0) {
         removeCopy(destination);
         return refused;
@@ -85,14 +81,14 @@ int copyWithoutReplacing(const std::string& source, const std::string& destinati
     if (!exists(source, status)) {
         return errno;
     }
-    if (S_ISDIR(status.st_mode) && liesWithin(source, folderOf(destination))) {
+    if (S_ISDIR(status.st_mode) && liesWithin(source, posix::splitPath(destination).folder)) {
         return EINVAL;
     }
     struct stat standing {};
     if (exists(destination, standing)) {
         return EEXIST;
     }
-    const std::string staged = stagedSibling(destination);
+    const std::string staged = posix::stagedSibling(destination);
     int code = copyTo(staged, source, S_ISDIR(status.st_mode));
     if (code == 0) {
         code = renameUnlocked(staged, destination, plainMove);
