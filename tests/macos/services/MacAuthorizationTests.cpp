@@ -149,13 +149,14 @@ OSStatus AuthorizationCopyRights(AuthorizationRef /*authorization*/, const Autho
     return pretended.answer;
 }
 
-OSStatus AuthorizationCopyPrivilegedReference(AuthorizationRef* authorization, AuthorizationFlags flags) {
+// These two are found by their names only, as in the system.
+__attribute__((visibility("default"))) OSStatus AuthorizationCopyPrivilegedReference(AuthorizationRef* authorization,
+                                                                                     AuthorizationFlags flags) {
     pretended.calls.push_back("inherited " + std::to_string(flags));
     *authorization = pretended.answer == errAuthorizationSuccess ? someRef() : nullptr;
     return pretended.answer;
 }
 
-// Found by its name only, as in the system.
 __attribute__((visibility("default"))) OSStatus AuthorizationExecuteWithPrivileges(AuthorizationRef authorization,
                                                                                    const char* tool,
                                                                                    AuthorizationFlags flags,

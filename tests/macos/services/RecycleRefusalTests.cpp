@@ -69,6 +69,12 @@ TEST_F(RefusingTheTrash, ByATrashThatMayNotBeChangedSaysSo) {
     EXPECT_EQ(reason("item"), EACCES);
 }
 
+TEST_F(RefusingTheTrash, ByATrashThatIsMissingSaysSo) {
+    allow("items", 0777);
+    std::filesystem::remove(m_folder / "trash");
+    EXPECT_EQ(reason("item"), ENOENT);
+}
+
 TEST_F(RefusingTheTrash, WithoutAReasonToBeSeenIsAFailureAllTheSame) {
     allow("items", 0777);
     allow("trash", 0777);

@@ -1,12 +1,15 @@
 #include "platform/macos/services/rights/MacAuthorization.h"
 
 #include <Security/Authorization.h>
+#include <Security/AuthorizationTags.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 
 namespace platform::macos {
@@ -57,14 +60,15 @@ bool holdsNul(const std::optional<Credentials>& credentials) {
     return credentials && (holdsNul(credentials->user) || holdsNul(credentials->password));
 }
 
+// Calls that the system may drop some day are looked up; null then.
+template <typename Call>
+Call lookUp(const char* name) {
+    return reinterpret_cast<Call>(::dlsym(RTLD_DEFAULT, name));  // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast)
+}
+
 using ExecuteWithPrivileges = OSStatus (*)(::AuthorizationRef, const char*, AuthorizationFlags, char* const*,
                                            std::FILE**);
-
-// Looked up, as the system may drop it some day; null then.
-ExecuteWithPrivileges executeWithPrivileges() {
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): dlsym has one type for all
-    return reinterpret_cast<ExecuteWithPrivileges>(::dlsym(RTLD_DEFAULT, "AuthorizationExecuteWithPrivileges"));
-}
+using CopyPrivilegedReference = OSStatus (*)(::AuthorizationRef*, AuthorizationFlags);
 
 // The stream is this process's alone, and the tool's input is at its end: nobody is going to write to it.
 void prepare(std::FILE* stream) {
@@ -74,8 +78,11 @@ void prepare(std::FILE* stream) {
 }
 
 void drainAndClose(std::FILE* stream) {
-    while (std::fgetc(stream) != EOF) {
-    }
+    char bytes[4096];
+    ssize_t count = 0;
+    do {
+        count = ::read(::fileno(stream), bytes, sizeof bytes);
+    } while (count > 0 || (count < 0 && errno == EINTR));
     std::fclose(stream);
 }
 
@@ -113,7 +120,7 @@ int MacAuthorization::copyRights(AuthorizationRef& ref, const std::string& right
 
 int MacAuthorization::execute(AuthorizationRef& ref, const std::string& tool, const std::vector<std::string>& arguments,
                               bool drain) {
-    const ExecuteWithPrivileges call = executeWithPrivileges();
+    const auto call = lookUp<ExecuteWithPrivileges>("AuthorizationExecuteWithPrivileges");
     if (call == nullptr) {
         return errAuthorizationToolExecuteFailure;
     }
@@ -143,8 +150,12 @@ int MacAuthorization::execute(AuthorizationRef& ref, const std::string& tool, co
 }
 
 std::unique_ptr<AuthorizationRef> MacAuthorization::copyPrivilegedReference() {
+    const auto call = lookUp<CopyPrivilegedReference>("AuthorizationCopyPrivilegedReference");
+    if (call == nullptr) {
+        return nullptr;
+    }
     ::AuthorizationRef ref = nullptr;
-    const OSStatus status = ::AuthorizationCopyPrivilegedReference(&ref, kAuthorizationFlagDefaults);
+    const OSStatus status = call(&ref, kAuthorizationFlagDefaults);
     if (status != errAuthorizationSuccess || ref == nullptr) {
         return nullptr;
     }

@@ -17,7 +17,8 @@ namespace platform::macos {
 // are taken from the host's table of processes.
 //
 // Nothing tells such a tool's number. It is known as a child in this process's own process group: every child that
-// posix::spawn starts leads a group of its own, and is left to whoever waits for it.
+// posix::spawn starts leads a group of its own, and is left to whoever waits for it. So nothing in this process may use
+// popen, system or a fork of its own whose end it waits for.
 class PrivilegedTools {
 public:
     PrivilegedTools() = default;

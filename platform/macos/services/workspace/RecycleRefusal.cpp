@@ -27,11 +27,12 @@ int recycleRefusal(const std::string& folder, const std::string& name, const std
     if (belongsToOthers(item, place)) {
         return EACCES;
     }
-    // The Trash is made when it is missing.
-    if (::access(trashFolder.c_str(), W_OK | X_OK) != 0 && errno != ENOENT) {
-        return errno;
+    struct stat trash {};
+    const bool known = ::stat(trashFolder.c_str(), &trash) == 0;
+    if (known && trash.st_dev != item.st_dev) {
+        return EIO;  // what is wrong with the Trash of another volume cannot be seen
     }
-    return EIO;
+    return ::access(trashFolder.c_str(), W_OK | X_OK) != 0 ? errno : EIO;
 }
 
 }  // namespace platform::macos
