@@ -23,6 +23,7 @@
 #include "lib/KZAuthorization.h"
 #include "platform/linux/rights/LinuxAuthorization.h"
 #include "platform/linux/services/LinuxHost.h"
+#include "platform/posix/ArgumentPointers.h"
 #include "tests/fakes/FakeIdentity.h"
 #include "tests/fakes/TemporaryFolder.h"
 
@@ -73,12 +74,8 @@ bool waitFor(pid_t child) {
     return ::waitpid(child, &status, 0) == child && status == 0;
 }
 
-bool runTool(std::vector<std::string> words) {
-    std::vector<char*> arguments;
-    for (auto& word : words) {
-        arguments.push_back(word.data());
-    }
-    arguments.push_back(nullptr);
+bool runTool(const std::vector<std::string>& words) {
+    const auto arguments = platform::posix::pointersTo(words);
     pid_t child = 0;
     return ::posix_spawn(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) == 0 && waitFor(child);
 }

@@ -1,4 +1,5 @@
 #include "platform/posix/Spawn.h"
+#include "platform/posix/ArgumentPointers.h"
 #include "platform/posix/FileErrors.h"
 
 #include <signal.h>
@@ -74,16 +75,6 @@ char** inheritedEnvironment() {
 #else
     return environ;
 #endif
-}
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (auto& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 bool holdsNul(const std::string& text) { return text.find('\0') != std::string::npos; }

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/posix/ArgumentPointers.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/PathParts.h"
 
@@ -81,12 +82,7 @@ bool startDetached(const std::vector<std::string>& command) {
     if (std::any_of(command.begin(), command.end(), holdsNul)) {
         return false;  // the system would cut the word short
     }
-    std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
-    for (const std::string& word : command) {
-        arguments.push_back(const_cast<char*>(word.c_str()));  // exec does not write there
-    }
-    arguments.push_back(nullptr);
+    const auto arguments = posix::pointersTo(command);
     const pid_t child = ::fork();
     if (child == 0) {
         ::setsid();
