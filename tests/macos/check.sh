@@ -4,6 +4,7 @@
 # usage: check.sh objc FILE...      type check against GNUstep's headers and the static analyzer; warnings are errors
 #        check.sh calls FILE...     type check of C++ that calls the Mac's C libraries, against tests/macos/headers
 #        check.sh contract FILE...  the same for the contract tests of a Mac's services
+#        check.sh tidy              clang-tidy over the adapter's sources
 #        check.sh cross ARCH        for macOS on arm64 or x86_64, with zig: the portable rooms compiled and linked to a
 #                                   program, the adapter's C++ sources compiled
 #
@@ -27,20 +28,20 @@ objc_flags=(-fobjc-runtime=gcc -fblocks -fexceptions -fobjc-exceptions -fconstan
     -isystem /usr/include/GNUstep -isystem "$headers/gnustep" -Wselector -Wundeclared-selector)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-add_runtime_headers() {
+prepare_objc() {
     local header
+    command -v clang++ > /dev/null || skip "there is no clang"
+    [[ -e /usr/include/GNUstep/AppKit/AppKit.h ]] || skip "there are no headers of GNUstep (libgnustep-gui-dev)"
     header=$(find /usr/lib/gcc -path '*/include/objc/objc.h' 2> /dev/null | sort | tail -n 1)
     [[ -n $header ]] || skip "there are no headers of the Objective-C runtime (gobjc)"
     mkdir "$scratch/runtime"
     ln -s "$(dirname "$header")" "$scratch/runtime/objc"
-    objc_flags+=(-isystem "$scratch/runtime")
+    objc_flags+=(-isystem "$scratch/runtime" -include tests/macos/gnustep/AppKitAdditions.h
+        -include "$headers/gnustep/FoundationAdditions.h")
 }
 
 check_objc() {
-    command -v clang++ > /dev/null || skip "there is no clang"
-    [[ -e /usr/include/GNUstep/AppKit/AppKit.h ]] || skip "there are no headers of GNUstep (libgnustep-gui-dev)"
-    add_runtime_headers
-    objc_flags+=(-include tests/macos/gnustep/AppKitAdditions.h -include "$headers/gnustep/FoundationAdditions.h")
+    prepare_objc
     local file failed=0
     for file in "$@"; do
         # The analyzer is silent about what the compiler warns of.
@@ -60,6 +61,17 @@ check_contract() {
     command -v clang++ > /dev/null || skip "there is no clang"
     [[ -e /usr/include/gtest/gtest.h ]] || skip "there are no headers of GoogleTest (libgtest-dev)"
     clang++ -fsyntax-only "${flags[@]}" "${linux_flags[@]}" -Itests/contract/hosts/macos "$@"
+}
+
+check_tidy() {
+    command -v clang-tidy > /dev/null || skip "there is no clang-tidy"
+    prepare_objc
+    local failed=0
+    find platform/macos -name '*.cpp' -print0 |
+        xargs -0 -P "$(nproc)" -I{} clang-tidy --quiet {} -- "${flags[@]}" "${linux_flags[@]}" || failed=1
+    find platform/macos -name '*.mm' -print0 |
+        xargs -0 -P "$(nproc)" -I{} clang-tidy --quiet {} -- "${flags[@]}" "${linux_flags[@]}" "${objc_flags[@]}" || failed=1
+    return "$failed"
 }
 
 # Finds zig, and gives its cache a folder that can be written.
@@ -111,6 +123,7 @@ case ${1:-} in
     objc) shift; check_objc "$@" ;;
     calls) shift; check_calls "$@" ;;
     contract) shift; check_contract "$@" ;;
+    tidy) check_tidy ;;
     cross) check_cross "${2:?arm64 or x86_64}" ;;
     *) sed -n '2,/^# The exit/s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
 esac
