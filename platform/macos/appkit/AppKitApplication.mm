@@ -22,7 +22,14 @@ NSString* kindOfFile(NSString* path) {
 }  // namespace
 
 void AppKitApplication::terminate() {
-    if (!m_finished && !guarded("terminating", [] { [NSApp terminate:nil]; })) {
+    const auto end = [] {
+        // Refused otherwise while an alert panel is up.
+        for (NSWindow* window in [NSApp windows]) {
+            [window setPreventsApplicationTerminationWhenModal:NO];
+        }
+        [NSApp terminate:nil];
+    };
+    if (!m_finished && !guarded("terminating", end)) {
         finish();
         std::_Exit(EXIT_FAILURE);  // better than a process without windows that nobody can end
     }
@@ -58,18 +65,24 @@ void AppKitApplication::beginSheet(Window& sheet, Window& parent, std::function<
         return;
     }
     endSheet(sheet);
-    guarded("showing a sheet", [&] {
-        NSWindow* const shown = contents->window();
-        WickfieldCallback* const end =
-            [WickfieldCallback callbackWithWork:[this, shown, didEnd](long) { sheetEnded(shown, didEnd); }];
+    NSWindow* const shown = contents->window();
+    WickfieldCallback* const end =
+        [WickfieldCallback callbackWithWork:[this, shown, didEnd](long) { sheetEnded(shown, didEnd); }];
+    m_sheets[shown] = end;
+    const bool isUp = guarded("showing a sheet", [&] {
         [end keepUntilEnd];
-        m_sheets[shown] = end;
         [NSApp beginSheet:shown
             modalForWindow:window->window()
              modalDelegate:end
             didEndSelector:@selector(sheetDidEnd:returnCode:contextInfo:)
                contextInfo:nullptr];
     });
+    if (!isUp) {  // the window would be free to be used without what the sheet asks
+        m_sheets.erase(shown);
+        [end clear];
+        [end sheetDidEnd:shown returnCode:0 contextInfo:nullptr];
+        terminate();
+    }
 }
 
 void AppKitApplication::sheetEnded(NSWindow* sheet, const std::function<void()>& didEnd) {

@@ -89,6 +89,10 @@ int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
     posix::prepareProcess();
     NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
     [NSApplication sharedApplication];
+    if (![NSThread isMultiThreaded]) {
+        // Cocoa has no locks before its own first thread, and those of C++ are none of its own.
+        [NSThread detachNewThreadSelector:@selector(class) toTarget:[NSObject class] withObject:nil];
+    }
 
     auto* const application = new macos::AppKitApplication;
     setHost(makeHost(application));

@@ -124,6 +124,10 @@ void MainWindow::present() {
     }
     [m_window center];
     [m_window makeKeyAndOrderFront:nil];
+    if (![NSApp isFullKeyboardAccessEnabled]) {
+        // Buttons are passed over then, and the next that takes the keyboard is the link, which nobody has asked for.
+        [m_window makeFirstResponder:nil];
+    }
 }
 
 }  // namespace platform::macos

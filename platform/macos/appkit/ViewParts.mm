@@ -10,10 +10,8 @@ namespace {
 constexpr CGFloat leastButtonWidth = 84;
 constexpr CGFloat tallest = 10000;
 
-}  // namespace
-
-NSTextField* addLabel(NSView* view, NSString* text, NSFont* font) {
-    NSTextField* const label = [[[NSTextField alloc] initWithFrame:NSZeroRect] autorelease];
+NSTextField* add(NSView* view, Class kind, NSString* text, NSFont* font) {
+    NSTextField* const label = [[[kind alloc] initWithFrame:NSZeroRect] autorelease];
     [label setBezeled:NO];
     [label setBordered:NO];
     [label setDrawsBackground:NO];
@@ -28,8 +26,12 @@ NSTextField* addLabel(NSView* view, NSString* text, NSFont* font) {
     return label;
 }
 
-NSTextField* addWrappingLabel(NSView* view, NSString* text, NSFont* font) {
-    NSTextField* const label = addLabel(view, text, font);
+}  // namespace
+
+NSTextField* addLabel(NSView* view, NSString* text, NSFont* font) { return add(view, [NSTextField class], text, font); }
+
+NSTextField* addWrappingLabel(NSView* view, Class kind, NSString* text, NSFont* font) {
+    NSTextField* const label = add(view, kind, text, font);
     [[label cell] setUsesSingleLineMode:NO];
     [[label cell] setWraps:YES];
     [[label cell] setLineBreakMode:NSLineBreakByWordWrapping];

@@ -10,6 +10,14 @@ NSMapTable* labels() {
 
 }  // namespace
 
+@implementation NSApplication (AppKitAdditions)
+
+- (BOOL)isFullKeyboardAccessEnabled {
+    return [[NSUserDefaults standardUserDefaults] boolForKey:@"FullKeyboardAccess"];
+}
+
+@end
+
 @implementation NSWindow (AppKitAdditions)
 
 - (void)setPreventsApplicationTerminationWhenModal:(BOOL)prevents {

@@ -380,6 +380,95 @@ class Alerts(WindowCase):
         self.take_two()
 
 
+    def test_one_that_is_taken_away_beneath_another_leaves_nothing_behind(self):
+        self.start(arguments=["-FreeStandingAlertsRunALoop", "YES"])
+        self.installer.ask("worker alone-timed")
+        self.window("Timed")
+        self.installer.ask("worker alone-question")
+        self.window("Which way?")
+        self.assertEqual(self.answers(1), [("alone-timed", 1)])
+        self.window("Which way?")
+        self.installer.press("Right")
+        self.assertEqual(self.answers(2)[1], ("alone-question", 0))
+        state = self.installer.wait("the end of the alerts", lambda state: len(state["windows"]) == 1)
+        self.assertFalse(self.installer.wait("the end of the loops", lambda state: not state["modal"])["modal"])
+        self.assertTrue(state["installer"]["installEnabled"])
+        self.end()
+
+
+class Keyboard(WindowCase):
+    """Full keyboard access is a setting of the user's: without it Tab passes over the buttons on a Mac."""
+
+    def begin(self, arguments=()):
+        self.told_browser = self.folder / "address"
+        program = self.folder / "bin" / "xdg-open"
+        program.parent.mkdir()
+        program.write_text(f'#!/bin/sh\necho "$1" >> "{self.told_browser}"\n')
+        program.chmod(0o755)
+        self.start(arguments=arguments, environment={"PATH": f"{program.parent}:/usr/bin:/bin"})
+
+    def focus(self):
+        (window,) = self.installer.state()["windows"]
+        return window["focus"]
+
+    def tab_to_the_link(self):
+        for _ in range(4):
+            if self.focus() == "WickfieldLinkField":
+                return
+            self.key("Tab")
+        self.fail("Tab does not reach the link, but " + self.focus())
+
+    def opened(self):
+        wait_until("the address", self.told_browser.exists)
+        return self.told_browser.read_text()
+
+    def test_the_link_is_reached_by_tab_and_opened_by_space(self):
+        self.begin()
+        self.tab_to_the_link()
+        self.keep_picture()
+        self.key("space")
+        self.assertIn("tallowmere", self.opened())
+        self.end()
+
+    def test_nothing_has_the_keyboard_unasked(self):
+        self.begin()
+        self.assertNotIn(self.focus(), ("WickfieldLinkField", "NSTextView"))
+        self.end()
+
+    def test_with_full_keyboard_access_install_has_it_first(self):
+        self.begin(["-FullKeyboardAccess", "YES"])
+        self.assertEqual(self.focus(), "Install")
+        self.end()
+
+
+class Quitting(WindowCase):
+    """Whatever is up: the window can be left in every state."""
+
+    def test_quit_while_the_agreement_is_up_declines_it(self):
+        self.start({**SETTINGS, **AGREEMENT})
+        self.sheet("Please read the licence agreement before you install.")
+        self.installer.ask("quit")
+        self.assertEqual(self.installer.wait_for_end(), 0, self.installer.told())
+
+    def test_quit_while_a_question_is_up_ends_the_installer(self):
+        self.start()
+        self.installer.press("Send to Gantry…")
+        self.sheet("This feature requires Tallowmere")
+        self.installer.ask("quit")
+        self.assertEqual(self.installer.wait_for_end(), 0, self.installer.told())
+
+    def test_a_signal_ends_it_while_an_alert_panel_is_up(self):
+        self.start()
+        self.installer.ask("panel")
+        self.window("A loop of its own, 100%@.")
+        self.end()
+
+    def test_an_agreement_that_cannot_be_shown_ends_the_installer(self):
+        self.start({**SETTINGS, **AGREEMENT}, arguments=["-SheetsCannotBeShown", "YES"], wait=False)
+        self.assertEqual(self.installer.wait_for_end(), 0, self.installer.told())
+        self.assertIn("Exception in showing a sheet", self.installer.told())
+
+
 class Serving(WindowCase):
     """The probe asks from a thread of its own and waits for the main thread, as the installation does."""
 
@@ -390,6 +479,21 @@ class Serving(WindowCase):
         self.assertTrue(self.installer.state()["modal"])
         self.key("Return")
         self.assertEqual(self.answers(1), [("panel", 0)])
+        self.end()
+
+    def test_a_thread_is_served_while_a_sheet_is_up(self):
+        self.start({**SETTINGS, **AGREEMENT})
+        self.sheet("Please read the licence agreement before you install.")
+        began = time.monotonic()
+        self.assertFalse(self.installer.state()["modal"])
+        self.assertLess(time.monotonic() - began, 5)
+        self.key("Return")
+        self.no_sheet()
+        self.end()
+
+    def test_cocoa_knows_that_there_are_threads(self):
+        self.start()
+        self.assertTrue(self.installer.state()["multithreaded"])
         self.end()
 
     def test_a_thread_is_served_while_a_menu_is_open(self):
