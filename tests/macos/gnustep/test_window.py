@@ -550,6 +550,14 @@ class SmallScreen(WindowCase):
             self.assertGreater(place["width"], 20, control)
         self.end()
 
+    def test_the_branding_line_takes_as_many_lines_as_it_needs(self):
+        places = self.start()["places"]
+        self.assertLess(places["branding"]["width"], 250)  # its text in one line is wider
+        self.assertGreater(places["branding"]["height"], 1.8 * places["author"]["height"] * 11 / 13)
+        self.assertGreaterEqual(places["branding"]["y"], places["view"]["y"])
+        self.assertLessEqual(places["branding"]["y"] + places["branding"]["height"], places["author"]["y"])
+        self.end()
+
     def test_the_agreement_fits(self):
         self.start({**SETTINGS, **AGREEMENT})
         self.sheet("Please read the licence agreement before you install.")
