@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/macos/appkit/SafeHtml.h"
+#import "platform/macos/foundation/Guarded.h"
 #import "platform/macos/foundation/Text.h"
 
 namespace platform::macos {
@@ -98,11 +99,14 @@ NSAttributedString* plainText(NSData* bytes) {
 
 // A regular file itself: a link could lead to any other.
 std::string pictureAt(NSString* path) {
-    NSDictionary* const attributes = [[NSFileManager defaultManager] attributesOfItemAtPath:path error:nullptr];
-    if (![[attributes fileType] isEqualToString:NSFileTypeRegular] || [attributes fileSize] > largestPicture) {
-        return {};
-    }
-    return fromNS([[NSData dataWithContentsOfFile:path] base64EncodedStringWithOptions:0]);
+    std::string bytes;
+    guarded("a picture of the agreement", [&] {
+        NSDictionary* const attributes = [[NSFileManager defaultManager] attributesOfItemAtPath:path error:nullptr];
+        if ([[attributes fileType] isEqualToString:NSFileTypeRegular] && [attributes fileSize] <= largestPicture) {
+            bytes = fromNS([[NSData dataWithContentsOfFile:path] base64EncodedStringWithOptions:0]);
+        }
+    });
+    return bytes;
 }
 
 NSAttributedString* webPage(NSData* bytes, NSString* path) {

@@ -101,7 +101,8 @@ void AppKitApplication::endSheet(Window& sheet) {
 void AppKitApplication::runAlertPanel(const std::string& title, const std::string& message) {
     guarded("showing an alert panel", [&] {
         [NSApp activateIgnoringOtherApps:YES];
-        NSRunAlertPanel(toNS(title), @"%@", nil, nil, nil, toNS(message));
+        NSString* const none = nil;  // the host's default button then
+        NSRunAlertPanel(toNS(title), @"%@", none, none, none, toNS(message));
     });
 }
 

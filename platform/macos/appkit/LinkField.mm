@@ -56,6 +56,14 @@ bool isClick() { return [[NSApp currentEvent] type] == NSEventTypeLeftMouseDown;
     }
 }
 
+- (BOOL)accessibilityPerformPress {
+    NSString* const address = [self address];
+    if (address != nil) {
+        platform::macos::openLink(address);
+    }
+    return address != nil ? YES : NO;
+}
+
 - (NSRect)focusRingMaskBounds {
     return [self bounds];
 }

@@ -16,6 +16,7 @@ namespace probe {
 //   panel          shows an alert panel, which runs a loop of its own
 //   menu           opens a menu, which tracks the mouse until it is dismissed
 //   quit           chooses Quit in the application's menu
+//   throw WAY      lets an exception loose, as ProbeThrows.h says
 //   batch          hands over three pieces of work at once, the first of which shows an alert panel
 //   leak           loses an object
 //   slices         how long the slices of the event loop take in milliseconds, and in which order work is done in them

@@ -13,6 +13,7 @@
 #import "platform/macos/foundation/Text.h"
 #include "platform/ports/Host.h"
 #include "tests/macos/gnustep/ProbeAlerts.h"
+#include "tests/macos/gnustep/ProbeThrows.h"
 
 using platform::macos::fromNS;
 using platform::macos::guarded;
@@ -245,9 +246,8 @@ NSMenuItem* itemWithTitle(NSMenu* menu, NSString* begin) {
 
 bool quit() {
     NSMenuItem* const item = itemWithTitle([NSApp mainMenu], @"Quit");
-    platform::host().mainThread->perform([item] {
-        guarded("quitting", [item] { [NSApp sendAction:[item action] to:[item target] from:item]; });
-    });
+    platform::host().mainThread->perform(
+        [item] { guarded("quitting", [item] { [NSApp sendAction:[item action] to:[item target] from:item]; }); });
     return item != nil;
 }
 
@@ -319,6 +319,9 @@ NSDictionary* serve(const std::string& line) {
     }
     if (command == "quit") {
         return outcome(quit());
+    }
+    if (command == "throw") {
+        return outcome(probe::throwThrough(rest, shown));
     }
     if (command == "batch") {
         return outcome(handOverBatch());

@@ -1,5 +1,6 @@
 """The window that AppKit draws, run on GNUstep: what a user sees of it and what each key does."""
 import os
+import signal
 import tempfile
 import time
 import unittest
@@ -447,14 +448,14 @@ class Quitting(WindowCase):
     def test_quit_while_the_agreement_is_up_declines_it(self):
         self.start({**SETTINGS, **AGREEMENT})
         self.sheet("Please read the licence agreement before you install.")
-        self.installer.ask("quit")
+        self.installer.tell("quit")
         self.assertEqual(self.installer.wait_for_end(), 0, self.installer.told())
 
     def test_quit_while_a_question_is_up_ends_the_installer(self):
         self.start()
         self.installer.press("Send to Gantry…")
         self.sheet("This feature requires Tallowmere")
-        self.installer.ask("quit")
+        self.installer.tell("quit")
         self.assertEqual(self.installer.wait_for_end(), 0, self.installer.told())
 
     def test_a_signal_ends_it_while_an_alert_panel_is_up(self):
@@ -529,6 +530,39 @@ class Serving(WindowCase):
         self.start()
         self.installer.ask("leak")
         self.assertEqual(self.installer.terminate(), LEAKED)
+
+
+class Throwing(WindowCase):
+    """No exception of C++'s gets into AppKit, which would go on half-way through its work, and none of Objective-C's
+    into C++, which would not clean up: the one ends the installer with its reason logged, the other is reported
+    and ends where it came from."""
+
+    def ends(self, way):
+        self.start(environment={"ASAN_OPTIONS": "detect_leaks=0"})
+        self.installer.tell(f"throw {way}")
+        self.assertEqual(self.installer.wait_for_end(), -signal.SIGABRT, self.installer.told())
+        self.assertIn("on purpose", self.installer.printed())  # as the log prints it
+
+    def test_work_for_the_main_thread(self):
+        self.ends("work")
+
+    def test_the_action_of_a_button(self):
+        self.ends("action")
+
+    def test_the_end_of_a_sheet(self):
+        self.ends("end")
+
+    def test_an_observer_of_the_end(self):
+        self.ends("observer")
+
+    def test_objective_c_within_the_action_of_a_button(self):
+        self.ends("raise")
+
+    def test_objective_c_within_the_loop_that_waits_for_an_answer(self):
+        self.start(environment={"ASAN_OPTIONS": "detect_leaks=0"})
+        self.installer.ask("throw event")
+        self.assertEqual(self.answers(1), [("went on", 0)])
+        self.assertIn("Exception in the event loop. NSInvalidArgumentException - on purpose.", self.installer.told())
 
 
 class SmallScreen(WindowCase):
