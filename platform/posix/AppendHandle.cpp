@@ -1,6 +1,7 @@
 #include "platform/posix/AppendHandle.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <string_view>
@@ -40,7 +41,8 @@ private:
 
 std::unique_ptr<FileManager::AppendHandle> openAppendHandle(const std::string& path) {
     Descriptor file(::open(systemPath(path), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC));
-    if (!file || ::fcntl(file.get(), F_SETFL, O_APPEND) != 0) {
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return nullptr;
     }
     return std::make_unique<PosixAppendHandle>(std::move(file), path);
