@@ -2,6 +2,7 @@
 #include "platform/posix/ArgumentPointers.h"
 #include "platform/posix/FileErrors.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <unistd.h>
@@ -29,7 +30,14 @@ public:
     void use(int descriptor, int asStream) {
         if (descriptor >= 0) {
             ::posix_spawn_file_actions_adddup2(&m_actions, descriptor, asStream);
+            return;
         }
+#if defined(__APPLE__)
+        // POSIX_SPAWN_CLOEXEC_DEFAULT closes the standard streams, too, unless they are named.
+        if (::fcntl(asStream, F_GETFD) != -1) {
+            ::posix_spawn_file_actions_addinherit_np(&m_actions, asStream);
+        }
+#endif
     }
     // Closes what libraries or the program's parent left inheritable.
     void closeTheRest() {
