@@ -22,6 +22,7 @@ Host hostOf(Services& services) {
     host.defaults = &services.defaults;
     host.digests = &services.digests;
     host.background = &services.background;
+    host.exceptions = &services.exceptions;
     return host;
 }
 

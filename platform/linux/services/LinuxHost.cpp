@@ -19,6 +19,7 @@
 #include "platform/posix/MainQueue.h"
 #include "platform/posix/PosixOpenFiles.h"
 #include "platform/posix/ProcessLauncher.h"
+#include "platform/posix/TerminateHandler.h"
 
 namespace platform::linux_host {
 
@@ -52,6 +53,7 @@ struct Services {
     LinuxUserDefaults defaults{LinuxUserDefaults::Services{files, propertyLists, bundle, identity}};
     OpenSSLDigests digests;
     posix::BackgroundWorkers background;
+    posix::TerminateHandler exceptions;
     Host host = posix::hostOf(*this);
 
     explicit Services(const std::optional<std::string>& toolsFolder)

@@ -7,6 +7,7 @@
 #include "platform/macos/services/MacPropertyLists.h"
 #include "platform/macos/services/MacStandardFolders.h"
 #include "platform/macos/services/MacSystemInfo.h"
+#include "platform/macos/services/MacUncaughtExceptions.h"
 #include "platform/macos/services/MacUserDefaults.h"
 #include "platform/macos/services/digests/CommonDigests.h"
 #include "platform/macos/services/files/MacFileManager.h"
@@ -37,6 +38,7 @@ struct Services {
     MacUserDefaults defaults;
     CommonDigests digests;
     GlobalQueue background;
+    MacUncaughtExceptions exceptions;
     MacAuthorization authorization;
     Host host = posix::hostOf(*this);
 
