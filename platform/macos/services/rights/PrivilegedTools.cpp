@@ -55,7 +55,11 @@ private:
 class PrivilegedTools::Streams {
 public:
     explicit Streams(int wake) : m_waited{{wake, POLLIN, 0}} {}
-    ~Streams() { std::ranges::for_each(m_streams, std::fclose); }
+    ~Streams() {
+        for (std::FILE* const stream : m_streams) {
+            std::fclose(stream);
+        }
+    }
     Streams(const Streams&) = delete;
     Streams& operator=(const Streams&) = delete;
 
