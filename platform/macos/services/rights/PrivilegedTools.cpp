@@ -106,6 +106,9 @@ PrivilegedTools::~PrivilegedTools() {
     if (m_thread.joinable()) {
         m_thread.join();
     }
+    for (std::FILE* const stream : m_newcomers) {
+        std::fclose(stream);
+    }
 }
 
 bool PrivilegedTools::canReadAnother() {
