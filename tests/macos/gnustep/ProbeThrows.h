@@ -8,8 +8,8 @@
 namespace probe {
 
 // An exception of C++: work (handed to the main thread), action (of a button), end (of a sheet) or observer (of the end
-// of the application). An exception of Objective-C: raise (within C++ work of a button) or event (from the event loop
-// that waits for an answer). False for a way that there is none of.
+// of the application). An exception of Objective-C: raise (within C++ work of a button), event (from the event loop
+// that waits for an answer) or thread (with nobody on the way who catches it). False for a way that there is none of.
 bool throwThrough(const std::string& way, const platform::Outlets& outlets);
 
 }  // namespace probe

@@ -25,6 +25,20 @@
 
 @end
 
+@interface ProbeRaiser : NSObject
++ (void)raise;
+@end
+
+@implementation ProbeRaiser
+
++ (void)raise {
+    @autoreleasepool {
+        [NSException raise:NSInvalidArgumentException format:@"on purpose"];
+    }
+}
+
+@end
+
 namespace probe {
 
 namespace {
@@ -81,6 +95,10 @@ const std::map<std::string, Way>& ways() {
         {"raise",
          [](const platform::Outlets&) {
              act([](long) { [NSException raise:NSInvalidArgumentException format:@"on purpose"]; });
+         }},
+        {"thread",
+         [](const platform::Outlets&) {
+             [NSThread detachNewThreadSelector:@selector(raise) toTarget:[ProbeRaiser class] withObject:nil];
          }},
         {"event", [](const platform::Outlets&) { waitThroughEvent(); }}};
     return all;

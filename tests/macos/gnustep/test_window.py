@@ -558,6 +558,12 @@ class Throwing(WindowCase):
     def test_objective_c_within_the_action_of_a_button(self):
         self.ends("raise")
 
+    def test_objective_c_on_a_thread_where_nobody_catches_it(self):
+        self.start(environment={"ASAN_OPTIONS": "detect_leaks=0"})
+        self.installer.tell("throw thread")
+        self.assertEqual(self.installer.wait_for_end(), 1, self.installer.told())  # GNUstep's way to end for it
+        self.assertIn("on purpose", self.installer.printed())
+
     def test_objective_c_within_the_loop_that_waits_for_an_answer(self):
         self.start(environment={"ASAN_OPTIONS": "detect_leaks=0"})
         self.installer.ask("throw event")
