@@ -302,7 +302,7 @@ protected:
         host.files = &appending;
         KZLogTesting::beginAfresh();
         const platform::ScopedHost replaced(host);
-        const std::string said = printed([] {
+        std::string said = printed([] {
             KZLogTesting::queue().setSuspended(true);
             KZLog::fastAppendLog("lost");
             KZLog::fastAppendLog("lost too");
