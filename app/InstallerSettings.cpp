@@ -19,7 +19,7 @@ std::optional<std::string> existingResource(const std::string& name, const std::
 
 }  // namespace
 
-std::optional<std::string> InstallerSettings::locate() { return existingResource("InstallerSettings", "plist"); }
+std::optional<std::string> InstallerSettings::locate() { return existingResource(fileName, fileType); }
 
 InstallerSettings InstallerSettings::load(const std::string& path) {
     return InstallerSettings(kz::dictionaryWithContentsOfFile(path).value_or(platform::PropertyDictionary{}));
@@ -27,20 +27,20 @@ InstallerSettings InstallerSettings::load(const std::string& path) {
 
 InstallerSettings::InstallerSettings(platform::PropertyDictionary values) : m_values(std::move(values)) {}
 
-std::string InstallerSettings::pluginName() const { return kz::format("%@", value("KZPluginName")); }
+std::string InstallerSettings::pluginName() const { return kz::format("%@", value(nameKey)); }
 
-std::string InstallerSettings::pluginVersion() const { return kz::format("%@", value("KZPluginVersion")); }
+std::string InstallerSettings::pluginVersion() const { return kz::format("%@", value(versionKey)); }
 
-std::string InstallerSettings::author() const { return kz::format("by %@", value("KZPluginAuthor")); }
+std::string InstallerSettings::author() const { return kz::format("by %@", value(authorKey)); }
 
-std::string InstallerSettings::windowTitle() const { return kz::format("%@ Installer", value("KZPluginName")); }
+std::string InstallerSettings::windowTitle() const { return kz::format("%@ Installer", value(nameKey)); }
 
-std::optional<std::string> InstallerSettings::backgroundImage() const { return resource("KZBgImagePath"); }
+std::optional<std::string> InstallerSettings::backgroundImage() const { return resource(backgroundKey); }
 
-std::optional<std::string> InstallerSettings::agreement() const { return resource("KZEULAPath"); }
+std::optional<std::string> InstallerSettings::agreement() const { return resource(agreementKey); }
 
 bool InstallerSettings::removesBranding() const {
-    const auto removes = value("removeBranding");
+    const auto removes = value(removesBrandingKey);
     return removes && kz::boolValue(*removes);
 }
 

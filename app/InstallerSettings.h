@@ -8,6 +8,16 @@
 
 class InstallerSettings {
 public:
+    // The settings file among the bundle's resources, and its keys.
+    static constexpr const char* fileName = "InstallerSettings";
+    static constexpr const char* fileType = "plist";
+    static constexpr const char* nameKey = "KZPluginName";
+    static constexpr const char* versionKey = "KZPluginVersion";
+    static constexpr const char* authorKey = "KZPluginAuthor";
+    static constexpr const char* backgroundKey = "KZBgImagePath";
+    static constexpr const char* agreementKey = "KZEULAPath";
+    static constexpr const char* removesBrandingKey = "removeBranding";
+
     // Where the settings file lies; none when the bundle has none, which means that the installer is damaged.
     static std::optional<std::string> locate();
 

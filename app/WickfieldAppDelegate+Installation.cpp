@@ -1,12 +1,12 @@
-#include <array>
-#include <string_view>
 #include <thread>
 #include <utility>
 
+#include "app/InstallationScripts.h"
+#include "app/InstallationTree.h"
+#include "app/UserPlaceholders.h"
 #include "app/WickfieldAppDelegate.h"
 #include "lib/KZAlert.h"
 #include "lib/KZFileManager.h"
-#include "lib/KZLocalPaths.h"
 #include "lib/KZTaskEx.h"
 #include "lib/base/PathText.h"
 #include "platform/ports/Host.h"
@@ -16,41 +16,7 @@ namespace {
 constexpr std::chrono::seconds fileTimeout{10};
 constexpr KZTaskEx::Seconds scriptTimeout{60.0};
 
-struct Interpreter {
-    const char* extension;
-    const char* tool;
-};
-constexpr std::array<Interpreter, 3> interpreters{
-    {{"scpt", "/usr/bin/osascript"}, {"swift", "/usr/bin/swift"}, {"sh", "/bin/bash"}}};
-
-struct Placeholder {
-    std::string_view prefix;
-    std::optional<std::string> (*folder)();
-};
-constexpr std::array<Placeholder, 4> placeholders{{
-    {"/Users/user/Library/Preferences", [] { return KZLocalPaths::prefsDirectory(UserDomain::yes); }},
-    {"/Users/user/Library/Application Support", [] { return KZLocalPaths::appSupportDirectory(UserDomain::yes); }},
-    {"/Users/user/Documents", [] { return KZLocalPaths::documentDirectory(UserDomain::yes); }},
-    {"/Users/user", [] { return KZLocalPaths::userDirectory(); }},
-}};
-
 }  // namespace
-
-struct WickfieldAppDelegate::Level {
-    std::string folder;
-    std::optional<platform::FileIdentity> identity;
-    const Level* parent;
-
-    // Whether the folder that `other` leads to is this one or one above it.
-    bool liesWithin(const platform::FileIdentity& other) const {
-        for (const auto* level = this; level != nullptr; level = level->parent) {
-            if (level->identity == other) {
-                return true;
-            }
-        }
-        return false;
-    }
-};
 
 void WickfieldAppDelegate::install() {
     const auto tree = treePath();
@@ -67,7 +33,7 @@ void WickfieldAppDelegate::install() {
 void WickfieldAppDelegate::beginInstallation(const std::string& treePath) {
     auto& mainThread = *platform::host().mainThread;
     mainThread.performAndWait([this] { startProcessing(); });
-    if (!runScript("preinstall")) {
+    if (!runScript(InstallationScripts::before)) {
         mainThread.performAndWait([this] { stopProcessing(); });
         report("Installation failed", "A script terminated the installation.");
         return;
@@ -77,7 +43,7 @@ void WickfieldAppDelegate::beginInstallation(const std::string& treePath) {
         report("Installation failed", "Please check your permissions.");
         return;
     }
-    const bool finished = runScript("postinstall");
+    const bool finished = runScript(InstallationScripts::after);
     mainThread.performAndWait([this] { stopProcessing(); });
     if (!finished) {
         report("Installation failed", "A script terminated the installation.");
@@ -97,39 +63,9 @@ void WickfieldAppDelegate::stopProcessing() { spinner()->stopAnimation(); }
 void WickfieldAppDelegate::disableInstallButton() { btnInstall()->setEnabled(false); }
 
 bool WickfieldAppDelegate::installFromFolder(const std::string& folder, const std::string& base) {
-    return installLevel({folder, platform::host().files->identity(folder), nullptr}, base);
-}
-
-bool WickfieldAppDelegate::installLevel(const Level& level, const std::string& base) {
-    const auto entries = platform::host().files->contentsOfDirectory(level.folder);
-    if (!entries) {
-        return true;
-    }
-    for (const auto& entry : *entries) {
-        if (!installEntry(level, entry, base)) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool WickfieldAppDelegate::installEntry(const Level& level, const platform::DirectoryEntry& entry,
-                                        const std::string& base) {
-    auto& files = *platform::host().files;
-    const auto source = kz::appendPathComponent(level.folder, entry.name);
-    const bool mayBeFolder = entry.type != platform::FileType::regular;
-    if (mayBeFolder && files.isFolder(source) && !platform::host().workspace->isFilePackage(source)) {
-        const auto identity = files.identity(source);
-        // A link back to a folder on the way here is installed as the link that it is, or the walk would never end.
-        if (!identity || !level.liesWithin(*identity)) {
-            return installLevel({source, identity, &level}, base);
-        }
-    }
-    if (entry.name.starts_with(".")) {
-        return true;
-    }
-    const auto relative = kz::appendPathComponent(level.folder.substr(base.size()), entry.name);
-    return installItem(source, replaceUserPlaceholderInPath(relative));
+    return InstallationTree::visitItems(folder, base, [this](const InstallationTree::Item& item) {
+        return installItem(item.source, replaceUserPlaceholderInPath(item.path));
+    });
 }
 
 bool WickfieldAppDelegate::installItem(const std::string& source, const std::optional<std::string>& destination) {
@@ -151,26 +87,13 @@ bool WickfieldAppDelegate::installItem(const std::string& source, const std::opt
 
 bool WickfieldAppDelegate::runScript(const std::string& name) {
     auto& bundle = *platform::host().bundle;
-    const auto base = bundle.resourcePath() + "/" + name;
-    for (const auto& interpreter : interpreters) {
-        const auto script = base + "." + interpreter.extension;
-        if (platform::host().files->fileExists(script)) {
-            return KZTaskEx::terminationCodeFromTask(interpreter.tool, {script, bundle.bundlePath()}, scriptTimeout) ==
-                   0;
-        }
-    }
-    return true;
+    const auto script = InstallationScripts::find(bundle.resourcePath(), name);
+    return !script || KZTaskEx::terminationCodeFromTask(script->interpreter, {script->path, bundle.bundlePath()},
+                                                        scriptTimeout) == 0;
 }
 
 std::optional<std::string> WickfieldAppDelegate::replaceUserPlaceholderInPath(const std::string& path) {
-    for (const auto& placeholder : placeholders) {
-        if (path.starts_with(placeholder.prefix)) {
-            const auto folder = placeholder.folder();
-            return folder ? std::optional(kz::appendPathComponent(*folder, path.substr(placeholder.prefix.size())))
-                          : std::nullopt;
-        }
-    }
-    return path;
+    return UserPlaceholders::replaced(path);
 }
 
 void WickfieldAppDelegate::report(const char* title, const char* text) {
@@ -178,5 +101,5 @@ void WickfieldAppDelegate::report(const char* title, const char* text) {
 }
 
 std::string WickfieldAppDelegate::treePath() const {
-    return kz::appendPathComponent(platform::host().bundle->bundlePath(), "Contents/Resources/PluginStructure");
+    return kz::appendPathComponent(platform::host().bundle->bundlePath(), InstallationTree::pathInBundle);
 }

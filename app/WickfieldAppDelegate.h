@@ -7,7 +7,6 @@
 
 #include "platform/ports/ApplicationMain.h"
 #include "platform/ports/Controls.h"
-#include "platform/ports/FileManager.h"
 
 // Made once, on the main thread, and kept until the process ends: the installation's thread uses it without owning it.
 // Everything runs on the main thread unless a line says otherwise.
@@ -91,10 +90,6 @@ public:
     std::optional<std::string> replaceUserPlaceholderInPath(const std::string& path);
 
 private:
-    struct Level;  // one folder on the way from the tree's root to the present one
-
-    bool installLevel(const Level& level, const std::string& base);
-    bool installEntry(const Level& level, const platform::DirectoryEntry& entry, const std::string& base);
     bool installItem(const std::string& source, const std::optional<std::string>& destination);
     void refuseDamagedInstaller();
     void report(const char* title, const char* text);

@@ -1,7 +1,9 @@
-# cmake --install: the library and kzfile, for whoever wants to use them without the installer. All of the rules are
-# here, so that one script installs it all.
+# cmake --install: the library and kzfile, for whoever wants to use them without the installer, and wickfield-bundle with
+# what it makes installers of, which is also a component of its own: --component maker. All of the rules are here, so
+# that one script installs it all.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
+include(cmake/InstallerTemplate.cmake)
 find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
 find_package(EXPAT 2.4 REQUIRED)
 
@@ -43,3 +45,26 @@ get_property(tools GLOBAL PROPERTY WICKFIELD_TOOLS)
 install(TARGETS ${tools} RUNTIME DESTINATION ${libexec})
 install(TARGETS kzfile)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kzfile/kzfile.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+# install_completion(PROGRAM [COMPONENT name]): where bash, zsh and fish look for it.
+function(install_completion program)
+    set(source ${PROJECT_SOURCE_DIR}/tools/commandline/completion)
+    install(FILES ${source}.bash RENAME ${program} DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
+            ${ARGN})
+    install(FILES ${source}.zsh RENAME _${program} DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions ${ARGN})
+    install(FILES ${source}.fish RENAME ${program}.fish
+            DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d ${ARGN})
+endfunction()
+install_completion(kzfile)
+
+set(share share/wickfield)  # where wickfield-bundle looks, from the folder bin
+install(TARGETS wickfield-bundle COMPONENT maker)
+install(TARGETS wickfield_media RUNTIME DESTINATION ${libexec} COMPONENT maker)
+install(DIRECTORY ${WICKFIELD_TEMPLATE} DESTINATION ${share}/templates/${WICKFIELD_HOST} USE_SOURCE_PERMISSIONS
+        COMPONENT maker)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/wickfield-bundle/wickfield.schema.json DESTINATION ${share} COMPONENT maker)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/wickfield-bundle/example/wickfield.json DESTINATION ${share}/example
+        COMPONENT maker)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/wickfield-bundle/wickfield-bundle.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+        COMPONENT maker)
+install_completion(wickfield-bundle COMPONENT maker)

@@ -1,63 +1,68 @@
 # wickfield_installer_bundle(TARGET
-#     NAME         the plug-in's name; the bundle is "<NAME> Installer.app"
-#     IDENTIFIER   the bundle's identifier; the installer's own preferences are kept under it
-#     SETTINGS     the property list that becomes InstallerSettings.plist
-#     TREE         the folder that mirrors the target file system from its root
-#     [RESOURCES   files and folders for Contents/Resources: agreement, image, preinstall.*, postinstall.*, *.lproj]
-#     [OUTPUT      the folder to put the bundle into; default: the current binary folder]
-#     [DEPENDS     files that stand for the tree's contents when the build makes it])
+#     PROJECT    the project file: what the plug-in is called, its agreement, image and scripts, the files to install
+#     [TREE      a folder that mirrors the disk from its root, in place of the project's]
+#     [OUTPUT    the folder to put the bundle into; default: the current binary folder]
+#     [DEPENDS   files that stand for the tree's contents when the build makes it])
 #
-# A target, part of "all", that assembles the bundle anew when one of its parts has changed. The bundle needs neither the
-# build folder nor this source tree afterwards and runs from wherever it is moved. TARGET gets the property
-# WICKFIELD_BUNDLE with the bundle's path. The system tools that the host may lack, which are the targets in the global
-# property WICKFIELD_TOOLS, travel in the tools/ folder beside the program.
+# A target, part of "all", that makes "<name> Installer.app" anew when one of its parts has changed. The bundle needs
+# neither the build folder nor this source tree afterwards and runs from wherever it is moved. TARGET gets the property
+# WICKFIELD_BUNDLE with the bundle's path.
 
+include("${CMAKE_CURRENT_LIST_DIR}/InstallerTemplate.cmake")
 set(_wickfield_bundle_scripts "${CMAKE_CURRENT_LIST_DIR}")
 
+# _wickfield_project_value(VARIABLE CONTENTS KEY): the text under the key, empty where there is none.
+function(_wickfield_project_value variable contents key)
+    string(JSON value ERROR_VARIABLE missing GET "${contents}" "${key}")
+    if(missing)
+        set(value "")
+    endif()
+    set(${variable} "${value}" PARENT_SCOPE)
+endfunction()
+
 function(wickfield_installer_bundle target)
-    cmake_parse_arguments(ARG "" "NAME;IDENTIFIER;SETTINGS;TREE;OUTPUT" "RESOURCES;DEPENDS" ${ARGN})
-    foreach(required NAME IDENTIFIER SETTINGS TREE)
-        if(NOT ARG_${required})
-            message(FATAL_ERROR "wickfield_installer_bundle(${target}): ${required} is missing")
-        endif()
-    endforeach()
+    cmake_parse_arguments(ARG "" "PROJECT;TREE;OUTPUT" "DEPENDS" ${ARGN})
+    if(NOT ARG_PROJECT)
+        message(FATAL_ERROR "wickfield_installer_bundle(${target}): PROJECT is missing")
+    endif()
     if(NOT ARG_OUTPUT)
         set(ARG_OUTPUT "${CMAKE_CURRENT_BINARY_DIR}")
     endif()
-
-    set(platform_folder Linux)
-    if(APPLE)
-        set(platform_folder MacOS)
-    endif()
-    set(strip "")
-    if(CMAKE_STRIP AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT WICKFIELD_SANITIZE)
-        set(strip "${CMAKE_STRIP}")
-    endif()
-    set_target_properties(Wickfield PROPERTIES SKIP_BUILD_RPATH ON)
-
-    get_property(tool_targets GLOBAL PROPERTY WICKFIELD_TOOLS)
-    set(tools "")
-    foreach(tool IN LISTS tool_targets)
-        list(APPEND tools "$<TARGET_FILE:${tool}>")
+    get_filename_component(project "${ARG_PROJECT}" ABSOLUTE)
+    get_filename_component(folder "${project}" DIRECTORY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${project}")
+    file(READ "${project}" contents)
+    _wickfield_project_value(name "${contents}" name)
+    set(parts "${project}")
+    foreach(key agreement background preinstall postinstall)
+        _wickfield_project_value(value "${contents}" ${key})
+        if(value)
+            list(APPEND parts "${folder}/${value}")
+        endif()
     endforeach()
 
-    set(bundle "${ARG_OUTPUT}/${ARG_NAME} Installer.app")
+    set(bundle "${ARG_OUTPUT}/${name} Installer.app")
     set(stamp "${CMAKE_CURRENT_BINARY_DIR}/${target}.stamp")
-    set(script "${_wickfield_bundle_scripts}/AssembleBundle.cmake")
-    set(template "${_wickfield_bundle_scripts}/InstallerInfo.plist.in")
     if(APPLE)
+        set(script "${_wickfield_bundle_scripts}/macos/AssembleBundle.cmake")
         set(template "${_wickfield_bundle_scripts}/macos/InstallerInfo.plist.in")
+        set(made_by Wickfield "${script}" "${template}")
+        set(command ${CMAKE_COMMAND} "-DBUNDLE=${bundle}" "-DEXECUTABLE=$<TARGET_FILE:Wickfield>"
+                    "-DTEMPLATE=${template}" "-DPROJECT=${project}" "-DTREE=${ARG_TREE}" -P "${script}")
+    else()
+        set(made_by wickfield-bundle installer-template "${WICKFIELD_TEMPLATE_STAMP}")
+        set(command $<TARGET_FILE:wickfield-bundle> create --project "${project}" --output "${ARG_OUTPUT}"
+                    --template "${WICKFIELD_TEMPLATE}" --force)
+        if(ARG_TREE)
+            list(APPEND command --tree "${ARG_TREE}")
+        endif()
     endif()
     add_custom_command(
         OUTPUT "${stamp}"
-        COMMAND ${CMAKE_COMMAND} "-DBUNDLE=${bundle}" "-DEXECUTABLE=$<TARGET_FILE:Wickfield>" "-DTOOLS=${tools}"
-                "-DSTRIP=${strip}"
-                "-DPLATFORM_FOLDER=${platform_folder}" "-DTEMPLATE=${template}" "-DNAME=${ARG_NAME}"
-                "-DIDENTIFIER=${ARG_IDENTIFIER}" "-DVERSION=${PROJECT_VERSION}" "-DSETTINGS=${ARG_SETTINGS}"
-                "-DRESOURCES=${ARG_RESOURCES}" "-DTREE=${ARG_TREE}" -P "${script}"
+        COMMAND ${command}
         COMMAND ${CMAKE_COMMAND} -E touch "${stamp}"
-        DEPENDS Wickfield ${tool_targets} "${script}" "${template}" "${ARG_SETTINGS}" ${ARG_RESOURCES} ${ARG_DEPENDS}
-        COMMENT "Assembling ${ARG_NAME} Installer.app"
+        DEPENDS ${made_by} ${parts} ${ARG_DEPENDS}
+        COMMENT "Making ${name} Installer.app"
         VERBATIM)
     add_custom_target(${target} ALL DEPENDS "${stamp}")
     set_target_properties(${target} PROPERTIES WICKFIELD_BUNDLE "${bundle}")

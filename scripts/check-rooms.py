@@ -25,6 +25,10 @@ ROOMS = {
     "lib": ["lib", "platform/ports"],
     "app": ["app", "lib", "platform/ports"],
     "tools": ["tools", "lib", "platform/ports", "platform/posix", "platform/linux/services"],
+    "tools/wickfield-bundle": [
+        "tools", "app", "lib", "platform/ports", "platform/posix", "platform/linux/services",
+        "platform/linux/tools/archive"],
+    "tools/wickfield-media": ["tools", "lib", "platform/ports", "platform/posix", "platform/linux"],
 }
 STANDARD_ONLY = {"platform/ports", "lib", "lib/base", "app"}
 NO_TOOLKIT = STANDARD_ONLY | {"platform/posix", "platform/linux/services"} | {

@@ -8,10 +8,10 @@ trap 'exit 130' INT
 trap 'exit 143' TERM HUP
 
 build=(cmake ninja-build g++ pkg-config qt6-base-dev libqt6opengl6-dev libexpat1-dev libssl-dev libsystemd-dev
-    libpolkit-agent-1-dev zlib1g-dev libmount-dev)
+    libpolkit-agent-1-dev zlib1g-dev libmount-dev nlohmann-json3-dev libutf8proc-dev)
 demo=(sudo xvfb xdotool dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3 python3-gi fonts-dejavu-core lsof)
 test=(libgtest-dev libgmock-dev libplist-dev clang clang-format clang-tidy shellcheck util-linux sudo polkitd
-    pkexec dbus zip unzip gobjc libgnustep-gui-dev gnustep-back0.29-cairo
+    pkexec dbus zip unzip python3-yaml fish zsh gobjc libgnustep-gui-dev gnustep-back0.29-cairo
     libblocksruntime-dev libclang-rt-14-dev)
 bench=(libspdlog-dev libarchive-tools)
 fuzz=(clang libclang-rt-14-dev)

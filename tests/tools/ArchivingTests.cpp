@@ -7,6 +7,7 @@
 #include "platform/linux/tools/archive/TreeExtractor.h"
 #include "platform/linux/tools/archive/ZipDirectory.h"
 #include "platform/posix/Descriptor.h"
+#include "tests/fakes/ScopedEnvironment.h"
 #include "tests/tools/ToolsFixture.h"
 
 using platform::linux_host::archiveTree;
@@ -46,6 +47,19 @@ TEST_F(Archiving, StoresTheContentsOfAFolder) {
     write("f/a");
     archive("f");
     EXPECT_THAT(namesInArchive(), ElementsAre("a", "b/", "b/c"));
+}
+
+TEST_F(Archiving, HasTheSameBytesInEveryTimeZoneWithUniversalTimes) {
+    write("f/a");
+    const auto bytesIn = [&](const char* zone) {
+        const fakes::ScopedEnvironment there("TZ", zone);
+        ::tzset();
+        archiveTree(place / "f", place / "a.zip", KeepParent::no, {}, platform::linux_host::ClockTimes::universal);
+        return read("a.zip");
+    };
+    const std::string bytes = bytesIn("UTC");
+    EXPECT_EQ(bytesIn("Asia/Tokyo"), bytes);
+    ::tzset();
 }
 
 TEST_F(Archiving, StoresTheFolderItselfWithItsParentKept) {

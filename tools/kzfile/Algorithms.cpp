@@ -4,7 +4,7 @@
 #include <array>
 
 #include "lib/base/Text.h"
-#include "tools/kzfile/Arguments.h"
+#include "tools/kzfile/Command.h"
 
 namespace kzfile {
 

@@ -2,11 +2,11 @@
 
 #include "lib/base/PathText.h"
 #include "platform/ports/Host.h"
+#include "tools/commandline/Interruption.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Command.h"
-#include "tools/kzfile/Interruption.h"
 #include "tools/kzfile/Paths.h"
 #include "tools/kzfile/ReportingHost.h"
-#include "tools/kzfile/Streams.h"
 #include "tools/kzfile/Trashing.h"
 
 namespace kzfile {
@@ -48,10 +48,10 @@ int makeArchiveOrFolder(const Arguments& arguments, const Archiving& operation) 
     const std::string& source = arguments.operands().front();
     const std::string& result = arguments.operands().back();
     if (const std::string words = prepare(source, result, arguments.has("replace")); !words.empty()) {
-        printError(words);
+        commandline::printError(words);
         return failed;
     }
-    const TidyWork tidy([] {
+    const commandline::TidyWork tidy([] {
         if (const auto tool = reports().tool()) {
             tool->terminate();
         }
@@ -61,10 +61,10 @@ int makeArchiveOrFolder(const Arguments& arguments, const Archiving& operation) 
     if (isThere && tool && tool->terminationStatus() == 0) {
         return done;
     }
-    if (isInterrupted()) {
-        return interruptionCode();
+    if (commandline::isInterrupted()) {
+        return commandline::interruptionCode();
     }
-    printError(result + ": was not made");
+    commandline::printError(result + ": was not made");
     return failed;
 }
 

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "tools/kzfile/Arguments.h"
+#include "tools/kzfile/Command.h"
 
 namespace kzfile {
 

@@ -8,13 +8,13 @@
 #include "lib/KZFileManager.h"
 #include "lib/base/PathText.h"
 #include "platform/ports/Host.h"
+#include "tools/commandline/Interruption.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Algorithms.h"
 #include "tools/kzfile/Command.h"
-#include "tools/kzfile/Interruption.h"
 #include "tools/kzfile/Paths.h"
 #include "tools/kzfile/ProgressBar.h"
 #include "tools/kzfile/ReportingHost.h"
-#include "tools/kzfile/Streams.h"
 
 namespace kzfile {
 
@@ -109,12 +109,13 @@ struct Outcome {
 
 void printReasons(const Outcome& outcome, const std::string& source) {
     for (const std::string& path : outcome.damaged) {
-        printError(shownPath(path) + ": did not read as the source did, and was removed");
+        commandline::printError(shownPath(path) + ": did not read as the source did, and was removed");
     }
     if (!outcome.damaged.empty()) {
         return;
     }
-    printError(reports().lastFailure().value_or(source + ": was not copied; it may have changed meanwhile"));
+    commandline::printError(
+        reports().lastFailure().value_or(source + ": was not copied; it may have changed meanwhile"));
 }
 
 Outcome copy(const std::string& source, const std::vector<std::string>& destinations, FileCopyVerification verification,
@@ -135,7 +136,7 @@ Outcome copy(const std::string& source, const std::vector<std::string>& destinat
     delegate->fileCopyVerificationFailed = [&outcome](const FileCopySettings&, const std::string& path) {
         outcome.damaged.push_back(path);
     };
-    const TidyWork tidy;
+    const commandline::TidyWork tidy;
     outcome.copied = KZFileManager::copyFileWithProgress(source, destinations, verification, delegate, {}, {});
     if (outcome.copied) {
         bar->finish(verifies ? "verified" : "");
@@ -157,19 +158,19 @@ int run(const Arguments& arguments) {
         destinations.push_back({*name, paths.back()});
     }
     if (const std::string words = objection(sourceName, destinations, arguments.has("overwrite")); !words.empty()) {
-        printError(words);
+        commandline::printError(words);
         return failed;
     }
     const Outcome outcome =
         copy(source, paths, verification, arguments.has("quiet") ? ProgressBar::Wanted::no : ProgressBar::Wanted::yes);
     if (outcome.copied) {
         for (const std::string& line : reports().consoleLines()) {
-            printError(line);  // attributes that a destination could not take
+            commandline::printError(line);  // attributes that a destination could not take
         }
         return done;
     }
-    if (isInterrupted()) {
-        return interruptionCode();
+    if (commandline::isInterrupted()) {
+        return commandline::interruptionCode();
     }
     printReasons(outcome, sourceName);
     return failed;

@@ -2,9 +2,9 @@
 
 #include "lib/KZFileManager.h"
 #include "lib/base/PathText.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Paths.h"
-#include "tools/kzfile/Streams.h"
 
 namespace kzfile {
 
@@ -24,10 +24,10 @@ int run(const Arguments& arguments) {
         const auto paths = KZFileManager::filesMatchingWildcardPath(pattern, base);
         for (const std::string& path : paths) {
             const std::string name = !isAbsolute && path.starts_with(inBase) ? path.substr(inBase.size()) : path;
-            print((arguments.has("zero") ? name + '\0' : nameForOutput(name)) + end);
+            commandline::print((arguments.has("zero") ? name + '\0' : commandline::nameForOutput(name)) + end);
         }
         if (paths.empty()) {
-            printError(pattern + ": nothing matches");
+            commandline::printError(pattern + ": nothing matches");
             code = failed;
         }
     }

@@ -6,11 +6,11 @@
 
 #include "lib/KZFileManager.h"
 #include "lib/base/Text.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Algorithms.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Paths.h"
 #include "tools/kzfile/ReportingHost.h"
-#include "tools/kzfile/Streams.h"
 
 namespace kzfile {
 
@@ -26,7 +26,7 @@ std::string lineFor(const std::string& digest, const std::string& name) {
     std::string escaped = kz::replaceAll(name, std::string_view("\\"), "\\\\");
     escaped = kz::replaceAll(escaped, std::string_view("\n"), "\\n");
     escaped = kz::replaceAll(escaped, std::string_view("\r"), "\\r");
-    return (escaped == name ? "" : "\\") + digest + "  " + nameForOutput(escaped) + '\n';
+    return (escaped == name ? "" : "\\") + digest + "  " + commandline::nameForOutput(escaped) + '\n';
 }
 
 KZFileManager::FileDigest digestOfInput(platform::DigestKind kind) {
@@ -49,12 +49,13 @@ int run(const Arguments& arguments) {
         const auto [digest, failure] = name == "-" ? digestOfInput(algorithm.kind)
                                                    : KZFileManager::digestOfFile(absolutePath(name), algorithm.kind);
         if (!digest) {
-            printError(reports().lastFailure().value_or(failure ? failure->description : name + ": cannot be read"));
+            commandline::printError(
+                reports().lastFailure().value_or(failure ? failure->description : name + ": cannot be read"));
             code = failed;
         } else if (arguments.has("zero")) {
-            print(*digest + "  " + name + '\0');
+            commandline::print(*digest + "  " + name + '\0');
         } else {
-            print(lineFor(*digest, name));
+            commandline::print(lineFor(*digest, name));
         }
     }
     return code;

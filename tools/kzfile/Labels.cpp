@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "lib/KZFileManager/Metadata.h"
-#include "tools/kzfile/Streams.h"
+#include "tools/commandline/Streams.h"
 
 namespace kzfile {
 
@@ -37,7 +37,7 @@ std::string labelText(long label) {
     if (!color) {
         return names[0];
     }
-    return outputSwatch(part(*color, 0), part(*color, 1.0 / 3), part(*color, 2.0 / 3)) +
+    return commandline::outputSwatch(part(*color, 0), part(*color, 1.0 / 3), part(*color, 2.0 / 3)) +
            names.at(static_cast<std::size_t>(label));
 }
 

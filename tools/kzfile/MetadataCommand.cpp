@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "lib/KZFileManager.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Dates.h"
 #include "tools/kzfile/Labels.h"
 #include "tools/kzfile/Paths.h"
 #include "tools/kzfile/ReportingHost.h"
-#include "tools/kzfile/Streams.h"
 
 namespace kzfile {
 
@@ -133,7 +133,9 @@ std::string kindText(const std::string& path) {
 }
 
 void show(const std::string& path) {
-    const auto line = [](const char* key, const std::string& value) { print(boldForOutput(key) + value + '\n'); };
+    const auto line = [](const char* key, const std::string& value) {
+        commandline::print(commandline::boldForOutput(key) + value + '\n');
+    };
     const auto date = [](const std::optional<platform::Date>& value) { return value ? dateText(*value) : "unknown"; };
     const std::uint64_t size = KZFileManager::fileSize(path);
     line("kind:      ", kindText(path));
@@ -144,7 +146,7 @@ void show(const std::string& path) {
     line("locked:    ", KZFileManager::isFileLocked(path) ? "yes" : "no");
     line("label:     ", labelText(KZFileManager::finderColorIndexForPath(path)));
     if (const auto comment = KZFileManager::metadataValueForKey(commentKey, path)) {
-        line("comment:   ", nameForOutput(*comment));
+        line("comment:   ", commandline::nameForOutput(*comment));
     }
 }
 
@@ -152,10 +154,10 @@ void show(const std::string& path) {
 bool showAttribute(const std::string& name, const std::string& path, const std::string& key) {
     const auto value = KZFileManager::metadataValueForKey(key, path);
     if (!value) {
-        printError(name + ": has no text of up to 255 bytes under " + key);
+        commandline::printError(name + ": has no text of up to 255 bytes under " + key);
         return false;
     }
-    print(nameForOutput(*value) + '\n');
+    commandline::print(commandline::nameForOutput(*value) + '\n');
     return true;
 }
 
@@ -170,14 +172,14 @@ int run(const Arguments& arguments) {
     for (const std::string& name : arguments.operands()) {
         const std::string path = absolutePath(name);
         if (kindOf(path) == ItemKind::missing) {
-            printError(missingText(name));
+            commandline::printError(missingText(name));
             all = false;
             continue;
         }
         for (const auto& [what, make] : changes) {
             reports().clear();
             if (!make(path)) {
-                printError(name + ": " + what + " could not be set");
+                commandline::printError(name + ": " + what + " could not be set");
                 all = false;
             }
         }
@@ -185,7 +187,7 @@ int run(const Arguments& arguments) {
             all = showAttribute(name, path, *key) && all;
         } else if (changes.empty()) {
             const bool several = arguments.operands().size() > 1;
-            print(several ? (isFirst ? "" : "\n") + nameForOutput(name) + '\n' : "");
+            commandline::print(several ? (isFirst ? "" : "\n") + commandline::nameForOutput(name) + '\n' : "");
             show(path);
         }
         isFirst = false;

@@ -6,7 +6,7 @@
 #include "lib/KZFileManager/Queries.h"
 #include "lib/base/Format.h"
 #include "platform/linux/services/ConsoleText.h"
-#include "tools/kzfile/Streams.h"
+#include "tools/commandline/Streams.h"
 
 namespace kzfile {
 
@@ -33,7 +33,7 @@ std::string shortened(std::string text, std::size_t longest) {
 ProgressBar::ProgressBar(std::string name, std::uint64_t total, Wanted wanted)
     : m_name(shortened(platform::linux_host::consoleLine(name), longestName)),
       m_total(total),
-      m_active(wanted == Wanted::yes && isErrorTerminal()) {
+      m_active(wanted == Wanted::yes && commandline::isErrorTerminal()) {
     const std::lock_guard lock(m_mutex);
     draw(figures());
 }
@@ -56,14 +56,14 @@ void ProgressBar::finish(const std::string& words) {
     m_done = m_total;
     draw(words.empty() ? figures() : figures() + ", " + words);
     if (std::exchange(m_active, false)) {
-        printErrorAsItIs("\n");
+        commandline::printErrorAsItIs("\n");
     }
 }
 
 void ProgressBar::takeAway() {
     const std::lock_guard lock(m_mutex);
     if (std::exchange(m_active, false)) {
-        printErrorAsItIs("\r\033[K");
+        commandline::printErrorAsItIs("\r\033[K");
     }
 }
 
@@ -85,7 +85,7 @@ void ProgressBar::draw(const std::string& words) {
     const double part = m_total == 0 ? 1 : static_cast<double>(m_done) / static_cast<double>(m_total);
     const std::string percent = kz::format("%3i%%", static_cast<int>(part * 100));
     const std::size_t taken = m_name.size() + percent.size() + words.size() + 7;
-    const std::size_t width = errorTerminalWidth() - 1;
+    const std::size_t width = commandline::errorTerminalWidth() - 1;
     std::string line = m_name + "  ";
     if (taken + 5 <= width) {
         const std::size_t length = std::min(longestBar, width - taken);
@@ -93,7 +93,7 @@ void ProgressBar::draw(const std::string& words) {
         line += '[' + std::string(full, '#') + std::string(length - full, '.') + "] ";
     }
     line += percent + "  " + words;
-    printErrorAsItIs('\r' + shortened(line, std::max<std::size_t>(width, 4)) + "\033[K");
+    commandline::printErrorAsItIs('\r' + shortened(line, std::max<std::size_t>(width, 4)) + "\033[K");
 }
 
 }  // namespace kzfile

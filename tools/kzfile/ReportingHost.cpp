@@ -6,7 +6,7 @@
 
 #include "lib/KZLog.h"
 #include "platform/linux/services/LinuxHost.h"
-#include "tools/kzfile/Interruption.h"
+#include "tools/commandline/Interruption.h"
 #include "tools/kzfile/Paths.h"
 
 namespace kzfile {
@@ -19,7 +19,8 @@ public:
         : m_file(std::move(file)), m_path(std::move(path)) {}
 
     platform::Transfer read(std::span<std::byte> buffer) override {
-        return isInterrupted() ? platform::Transfer{.bytes = 0, .code = ECANCELED} : noted(m_file->read(buffer));
+        return commandline::isInterrupted() ? platform::Transfer{.bytes = 0, .code = ECANCELED}
+                                            : noted(m_file->read(buffer));
     }
     platform::Transfer write(std::span<const std::byte> bytes) override { return noted(m_file->write(bytes)); }
     int seek(std::uint64_t position) override { return noted(m_file->seek(position)); }

@@ -1,9 +1,9 @@
 #include <array>
 
 #include "lib/KZFileManager.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Paths.h"
-#include "tools/kzfile/Streams.h"
 
 namespace kzfile {
 
@@ -18,14 +18,14 @@ int run(const Arguments& arguments) {
     for (const std::string& name : arguments.operands()) {
         const std::string path = absolutePath(name);
         if (kindOf(path) == ItemKind::missing) {
-            printError(missingText(name));
+            commandline::printError(missingText(name));
             code = failed;
             continue;
         }
         const std::uint64_t size = KZFileManager::fileSize(path);
         const std::string text =
             arguments.has("units") ? KZFileManager::formatFileSize(static_cast<double>(size)) : std::to_string(size);
-        print(text + "  " + nameForOutput(name) + '\n');
+        commandline::print(text + "  " + commandline::nameForOutput(name) + '\n');
     }
     return code;
 }

@@ -1,6 +1,6 @@
+#include "tools/commandline/Interruption.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Command.h"
-#include "tools/kzfile/Interruption.h"
-#include "tools/kzfile/Streams.h"
 #include "tools/kzfile/Trashing.h"
 
 namespace kzfile {
@@ -8,14 +8,14 @@ namespace kzfile {
 namespace {
 
 int run(const Arguments& arguments) {
-    const TidyWork tidy;
+    const commandline::TidyWork tidy;
     int code = done;
     for (const std::string& name : arguments.operands()) {
-        if (isInterrupted()) {
-            return interruptionCode();
+        if (commandline::isInterrupted()) {
+            return commandline::interruptionCode();
         }
         if (const std::string words = trashItem(name); !words.empty()) {
-            printError(words);
+            commandline::printError(words);
             code = failed;
         }
     }

@@ -2,9 +2,9 @@
 
 #include "lib/KZFileManager.h"
 #include "lib/base/PathText.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Paths.h"
-#include "tools/kzfile/Streams.h"
 
 namespace kzfile {
 
@@ -20,7 +20,7 @@ int run(const Arguments& arguments) {
     const std::string shown = name.substr(0, name.find_last_not_of('/') + 1);
     const auto slash = shown.rfind('/');
     const std::string whole = (slash == std::string::npos ? "" : shown.substr(0, slash + 1)) + free;
-    print(arguments.has("zero") ? whole + '\0' : nameForOutput(whole) + '\n');
+    commandline::print(arguments.has("zero") ? whole + '\0' : commandline::nameForOutput(whole) + '\n');
     return done;
 }
 

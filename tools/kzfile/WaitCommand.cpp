@@ -6,9 +6,9 @@
 
 #include "lib/KZFileManager.h"
 #include "platform/ports/Host.h"
+#include "tools/commandline/Streams.h"
 #include "tools/kzfile/Command.h"
 #include "tools/kzfile/Paths.h"
-#include "tools/kzfile/Streams.h"
 
 namespace kzfile {
 
@@ -43,7 +43,7 @@ int run(const Arguments& arguments) {
     const bool untilFree = arguments.has("free");
     const std::string tool = platform::host().processes->locateTool("/usr/sbin/lsof");
     if (untilFree && !platform::host().files->isExecutable(tool)) {
-        printError(tool + ": the tool that knows who has a file open is not there");
+        commandline::printError(tool + ": the tool that knows who has a file open is not there");
         return failed;
     }
     const auto start = Clock::now();
@@ -55,7 +55,7 @@ int run(const Arguments& arguments) {
                 break;
             }
             if (timeout && Clock::now() - start >= *timeout) {
-                printError(name + (isThere ? ": is still being written to" : ": is still not there"));
+                commandline::printError(name + (isThere ? ": is still being written to" : ": is still not there"));
                 return failed;
             }
             std::this_thread::sleep_for(isThere ? pauseWithTool : pause);

@@ -1,97 +1,31 @@
 // kzfile: file operations of the library for the command line.
-#include <cstdio>
-#include <cstdlib>
-#include <exception>
-#include <new>
-#include <string>
-#include <vector>
+#include <array>
 
-#include "lib/KZLog.h"
-#include "platform/posix/ProcessStart.h"
+#include "tools/commandline/Main.h"
 #include "tools/kzfile/Command.h"
-#include "tools/kzfile/Help.h"
-#include "tools/kzfile/Interruption.h"
 #include "tools/kzfile/ReportingHost.h"
-#include "tools/kzfile/Streams.h"
 
 namespace {
 
-using kzfile::UsageError;
+constexpr std::array commands{&kzfile::hashCommand,       &kzfile::copyCommand,     &kzfile::trashCommand,
+                              &kzfile::expandCommand,     &kzfile::uniqueCommand,   &kzfile::compressCommand,
+                              &kzfile::decompressCommand, &kzfile::metadataCommand, &kzfile::sizeCommand,
+                              &kzfile::waitCommand};
 
-void checkOperands(const kzfile::Command& command, const kzfile::Arguments& arguments) {
-    const auto& operands = arguments.operands();
-    if (operands.size() < command.fewest) {
-        throw UsageError(operands.empty() ? "nothing to work on" : "there are too few names");
-    }
-    if (operands.size() > command.most) {
-        throw UsageError("there is a name too many: " + operands[command.most]);
-    }
-    for (const std::string& operand : operands) {
-        if (operand.empty()) {
-            throw UsageError("a name is empty");
-        }
-    }
-}
-
-int runCommand(const kzfile::Command& command, std::vector<std::string> words) {
-    try {
-        const kzfile::Arguments arguments(words, kzfile::optionsOf(command));
-        if (arguments.has("help")) {
-            kzfile::print(kzfile::helpFor(command));
-            return kzfile::done;
-        }
-        checkOperands(command, arguments);
-        return command.run(arguments);
-    } catch (const UsageError& error) {
-        const std::string name = command.name;
-        kzfile::printError(name + ": " + error.what() + " (kzfile " + name + " --help tells what there is)");
-        return kzfile::wrongUsage;
-    }
-}
-
-int run(const std::vector<std::string>& words) {
-    const std::string first = words.empty() ? "" : words.front();
-    if (first == "--help" || first == "-h" || (first == "help" && words.size() == 1)) {
-        kzfile::print(kzfile::generalHelp());
-        return kzfile::done;
-    }
-    if (first == "--version") {
-        kzfile::print("kzfile " KZFILE_VERSION "\n");
-        return kzfile::done;
-    }
-    if (const kzfile::Command* const command = kzfile::findCommand(first)) {
-        return runCommand(*command, {words.begin() + 1, words.end()});
-    }
-    kzfile::printError((words.empty()            ? "no command is given"
-                        : first.starts_with('-') ? "unknown option " + first
-                                                 : "unknown command " + first) +
-                       " (kzfile --help tells what there is)");
-    return kzfile::wrongUsage;
-}
-
-int runSafely(const std::vector<std::string>& words) {
-    try {
-        return run(words);
-    } catch (const std::bad_alloc&) {
-        kzfile::printError("there is not enough memory");
-    } catch (const std::exception& error) {
-        kzfile::printError(error.what());
-    }
-    return kzfile::failed;
-}
+constexpr commandline::Program program{
+    .name = "kzfile",
+    .version = KZFILE_VERSION,
+    .commands = commands,
+    .notes =
+        "Options and names come in any order; after \"--\" everything is a name.\n"
+        "The exit status is 0 when all was done, 1 when something failed, 2 for a command line\n"
+        "that makes no sense and 130 after Ctrl-C.\n",
+};
 
 }  // namespace
 
-int main(int count, char** arguments) {
-    kzfile::noteStreams();
-    platform::posix::prepareProcess();
-    kzfile::watchForInterruptions();
+int main(int count, char** words) {
+    commandline::prepare(program);
     kzfile::setReportingHost();
-    int code = runSafely({arguments + (count > 0 ? 1 : 0), arguments + count});
-    if (!kzfile::finishOutput() && code == kzfile::done) {
-        code = kzfile::failed;
-    }
-    KZLog::willTerminate();
-    std::fflush(stderr);
-    std::_Exit(code);  // other threads may still be at work; nothing that they use is destroyed under them
+    commandline::runAndExit(program, count, words);
 }

@@ -1,11 +1,10 @@
 #include "platform/linux/qt/QtApplication.h"
 
-#include <QFileInfo>
-#include <QImageReader>
 #include <QPushButton>
 #include <QTextBrowser>
 #include <utility>
 
+#include "platform/linux/qt/ImageFile.h"
 #include "platform/linux/qt/ProminentButton.h"
 #include "platform/linux/qt/QtAlerts.h"
 #include "platform/linux/qt/QtControls.h"
@@ -16,8 +15,6 @@
 namespace platform::qt {
 
 namespace {
-
-constexpr int largestImageSide = 2560;  // pixels that are kept of an image, in either direction
 
 // Return presses the prominent button of the contents, Escape the plain one when there is only one. A text has the
 // focus first, so that it can be scrolled by the keyboard.
@@ -106,18 +103,7 @@ void QtApplication::runAlertPanel(const std::string& title, const std::string& m
 }
 
 std::unique_ptr<Image> QtApplication::loadImage(const std::string& path) {
-    const QString file = toQt(path);
-    if (!QFileInfo(file).isFile()) {  // a pipe would be waited for
-        return nullptr;
-    }
-    QImageReader reader(file);
-    reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(true);
-    const QSize size = reader.size();
-    if (size.isValid() && (size.width() > largestImageSide || size.height() > largestImageSide)) {
-        reader.setScaledSize(size.scaled(largestImageSide, largestImageSide, Qt::KeepAspectRatio));
-    }
-    QImage image = reader.read();
+    QImage image = readImageFile(path).image;
     return image.isNull() ? nullptr : std::make_unique<QtImage>(std::move(image));
 }
 

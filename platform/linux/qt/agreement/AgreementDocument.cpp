@@ -40,7 +40,10 @@ std::unique_ptr<AgreementDocument> loadAgreement(const std::string& path) {
     if (!complete) {
         appendContinuationNote(*document, file);
     }
-    return std::make_unique<AgreementDocument>(std::move(document));
+    auto agreement = std::make_unique<AgreementDocument>(std::move(document));
+    agreement->kind = kind;
+    agreement->complete = complete;
+    return agreement;
 }
 
 }  // namespace platform::qt

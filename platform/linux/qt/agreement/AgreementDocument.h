@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/qt/agreement/AgreementFile.h"
 #include "platform/ports/Controls.h"
 
 class QPalette;
@@ -16,6 +17,8 @@ class AgreementDocument : public platform::Document {
 public:
     explicit AgreementDocument(std::unique_ptr<QTextDocument> text) : document(std::move(text)) {}
 
+    AgreementKind kind = AgreementKind::plainText;
+    bool complete = true;                     // false when the text goes on behind what is shown
     std::unique_ptr<QTextDocument> document;  // never null when loaded; a view that shows it does not own it
 };
 

@@ -26,6 +26,8 @@ void noteInterruptions() {
     }
 }
 
+void noteInterruption(int number) { note(number); }
+
 void checkInterruption() {
     if (notedSignal.load(std::memory_order_relaxed) != 0) {
         throw Interrupted();

@@ -14,6 +14,9 @@ public:
 // so.
 void noteInterruptions();
 
+// As if the signal had come, for a program that notices signals in its own way. Any thread.
+void noteInterruption(int number);
+
 // Throws Interrupted when one has come. Any thread.
 void checkInterruption();
 

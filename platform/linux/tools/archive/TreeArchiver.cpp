@@ -64,9 +64,9 @@ class TreeArchiver {
 public:
     using Tell = std::function<void(const std::string&)>;
 
-    TreeArchiver(int output, Spot spot, const Tell& tell)
+    TreeArchiver(int output, Spot spot, const Tell& tell, ClockTimes clock)
         : m_tell(tell),
-          m_writer(output),
+          m_writer(output, clock),
           m_spot(std::move(spot)),
           m_threads(std::clamp(std::thread::hardware_concurrency(), 1U, 16U)),
           m_line(m_threads) {
@@ -91,22 +91,18 @@ public:
     }
 
     // The folder itself, unless its path is empty, and all that lies in it.
-    void addFolder(int folder, const std::string& path) {
-        if (!path.empty()) {
-            struct stat status {};
-            if (::fstat(folder, &status) != 0) {
-                failWithErrno("cannot read", path, errno);
+    void addFolder(posix::Descriptor folder, const std::string& path) {
+        enter(std::move(folder), path);
+        while (!m_levels.empty()) {
+            Level& level = m_levels.back();
+            m_path.resize(level.pathLength);
+            if (level.names.empty()) {
+                m_levels.pop_back();
+                continue;
             }
-            addWhole({.name = path + "/", .mode = status.st_mode, .modified = status.st_mtime}, {});
-        }
-        std::vector<DirectoryEntry> entries;
-        if (const int code = listFolder(folder, entries); code != 0) {
-            failWithErrno("cannot list", path, code);
-        }
-        std::sort(entries.begin(), entries.end(),
-                  [](const DirectoryEntry& left, const DirectoryEntry& right) { return left.name < right.name; });
-        for (const auto& entry : entries) {
-            addItem(folder, entry.name, path.empty() ? entry.name : path + "/" + entry.name);
+            const std::string name = std::move(level.names.back());
+            level.names.pop_back();
+            addItem(level.folder.get(), name, m_path.empty() ? name : m_path + "/" + name);
         }
     }
 
@@ -118,6 +114,32 @@ public:
     }
 
 private:
+    // A folder on the way from the source to the item that is being added.
+    struct Level {
+        posix::Descriptor folder;
+        std::size_t pathLength = 0;
+        std::vector<std::string> names;  // of what is still to be added, the next one last
+    };
+
+    void enter(posix::Descriptor folder, const std::string& path) {
+        if (!path.empty()) {
+            struct stat status {};
+            if (::fstat(folder.get(), &status) != 0) {
+                failWithErrno("cannot read", path, errno);
+            }
+            addWhole({.name = path + "/", .mode = status.st_mode, .modified = status.st_mtime}, {});
+        }
+        std::vector<std::string> names;
+        const int code = visitFolder(folder.get(), VisitSizes::no,
+                                     [&](const VisitedEntry& entry) { names.emplace_back(entry.name); });
+        if (code != 0) {
+            failWithErrno("cannot list", path, code);
+        }
+        std::sort(names.begin(), names.end(), std::greater<>());
+        m_path = path;
+        m_levels.push_back({std::move(folder), path.size(), std::move(names)});
+    }
+
     void addItem(int folder, const std::string& name, const std::string& path) {
         checkInterruption();
         struct stat status {};
@@ -143,7 +165,7 @@ private:
         if (!item || ::fstat(item.get(), &status) != 0) {
             skipVanished(path, errno);
         } else if (S_ISDIR(status.st_mode)) {
-            addFolder(item.get(), path);
+            enter(std::move(item), path);
         } else {
             addOpenFile(std::move(item), status, path);
         }
@@ -218,7 +240,9 @@ private:
 
     const Tell& m_tell;
     ZipWriter m_writer;
-    Spot m_spot;  // of the archive, where an older one may stand still
+    std::vector<Level> m_levels;
+    std::string m_path;  // of the innermost, or of one that was in it
+    Spot m_spot;         // of the archive, where an older one may stand still
     dev_t m_outputDevice = 0;
     ino_t m_outputInode = 0;
     unsigned m_threads;
@@ -237,7 +261,7 @@ std::string nameOf(const std::string& source) {
 }  // namespace
 
 void archiveTree(const std::string& source, const std::string& archive, KeepParent keepParent,
-                 const std::function<void(const std::string&)>& tell) {
+                 const std::function<void(const std::string&)>& tell, ClockTimes clock) {
     struct stat status {};
     if (::stat(source.c_str(), &status) != 0) {
         failWithErrno("cannot read", source, errno);
@@ -247,13 +271,13 @@ void archiveTree(const std::string& source, const std::string& archive, KeepPare
         throw ToolFailure("“" + archive + "” would take the place of what it is to hold");
     }
     StagedFile output(archive);
-    TreeArchiver archiver(output.file(), spot, tell);
+    TreeArchiver archiver(output.file(), spot, tell, clock);
     if (S_ISDIR(status.st_mode)) {
-        const posix::Descriptor folder(::open(source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        posix::Descriptor folder(::open(source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!folder) {
             failWithErrno("cannot read", source, errno);
         }
-        archiver.addFolder(folder.get(), keepParent == KeepParent::yes ? nameOf(source) : std::string());
+        archiver.addFolder(std::move(folder), keepParent == KeepParent::yes ? nameOf(source) : std::string());
     } else {
         archiver.addFile(AT_FDCWD, source, nameOf(source));
     }

@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include "platform/linux/tools/archive/ZipWriter.h"
+
 namespace platform::linux_host {
 
 enum class KeepParent { no, yes };
@@ -18,6 +20,6 @@ enum class KeepParent { no, yes };
 // name, but not its own source. Throws ToolFailure or Interrupted, also for an item that cannot be read; then nothing
 // is left behind.
 void archiveTree(const std::string& source, const std::string& archive, KeepParent keepParent,
-                 const std::function<void(const std::string&)>& tell);
+                 const std::function<void(const std::string&)>& tell, ClockTimes clock = ClockTimes::local);
 
 }  // namespace platform::linux_host

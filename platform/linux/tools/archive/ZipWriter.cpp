@@ -29,11 +29,13 @@ struct DosTime {
     std::uint16_t time = 0;
 };
 
-DosTime dosTimeOf(std::time_t seconds) {
+DosTime dosTimeOf(std::time_t seconds, ClockTimes clock) {
     constexpr int firstYear = 80;
     constexpr int lastYear = firstYear + 127;
     std::tm parts{};
-    if (::localtime_r(&seconds, &parts) == nullptr || parts.tm_year < firstYear || parts.tm_year > lastYear) {
+    const bool isKnown =
+        (clock == ClockTimes::local ? ::localtime_r(&seconds, &parts) : ::gmtime_r(&seconds, &parts)) != nullptr;
+    if (!isKnown || parts.tm_year < firstYear || parts.tm_year > lastYear) {
         return {};
     }
     DosTime time;
@@ -60,28 +62,30 @@ void checkName(const ArchivedItem& item) {
     }
 }
 
+}  // namespace
+
 // From the version that is needed to the length of the name: the same in both headers.
-void appendCommon(std::string& header, const ArchivedItem& item, const PackedSums& sums, bool isWide) {
+void ZipWriter::appendCommon(std::string& bytes, const Header& header) {
+    const ArchivedItem& item = header.item;
+    const PackedSums& sums = header.sums;
     const bool isMarked =
         !std::all_of(item.name.begin(), item.name.end(), [](char c) { return (c & 0x80) == 0; }) && isUtf8(item.name);
-    const DosTime time = dosTimeOf(item.modified);
-    zip::append(header, isWide ? wideVersion : plainVersion);
-    zip::append(header, isMarked ? zip::utf8Flag : std::uint16_t{0});
-    zip::append(header, sums.method);
-    zip::append(header, time.time);
-    zip::append(header, time.date);
-    zip::append(header, sums.crc);
-    zip::append(header, narrowed(sums.packedSize, isWide));
-    zip::append(header, narrowed(sums.size, isWide));
-    zip::append(header, static_cast<std::uint16_t>(item.name.size()));
+    const DosTime time = dosTimeOf(item.modified, header.clock);
+    zip::append(bytes, header.isWide ? wideVersion : plainVersion);
+    zip::append(bytes, isMarked ? zip::utf8Flag : std::uint16_t{0});
+    zip::append(bytes, sums.method);
+    zip::append(bytes, time.time);
+    zip::append(bytes, time.date);
+    zip::append(bytes, sums.crc);
+    zip::append(bytes, narrowed(sums.packedSize, header.isWide));
+    zip::append(bytes, narrowed(sums.size, header.isWide));
+    zip::append(bytes, static_cast<std::uint16_t>(item.name.size()));
 }
-
-}  // namespace
 
 std::string ZipWriter::localHeader(const Header& header) {
     std::string bytes;
     zip::append(bytes, zip::localSignature);
-    appendCommon(bytes, header.item, header.sums, header.isWide);
+    appendCommon(bytes, header);
     std::string extras;
     if (header.isWide) {
         zip::append(extras, zip::wideExtra);
@@ -114,7 +118,7 @@ void ZipWriter::addToDirectory(const Header& header, std::uint64_t offset) {
     constexpr std::uint32_t dosFolder = 0x10;
     zip::append(m_directory, zip::centralSignature);
     zip::append(m_directory, static_cast<std::uint16_t>(zip::unixHost << 8 | wideVersion));
-    appendCommon(m_directory, item, header.sums, header.isWide);
+    appendCommon(m_directory, header);
     zip::append(m_directory, static_cast<std::uint16_t>(extras.size()));
     zip::append(m_directory, std::uint16_t{0});  // comment
     zip::append(m_directory, std::uint16_t{0});  // volume
@@ -145,7 +149,8 @@ void ZipWriter::flush() {
 
 void ZipWriter::add(const ArchivedItem& item, const PackedFile& contents) {
     checkName(item);
-    const Header header{.item = item, .sums = contents.sums, .isWide = contents.sums.size >= wideSize};
+    const Header header{
+        .item = item, .sums = contents.sums, .isWide = contents.sums.size >= wideSize, .clock = m_clock};
     const std::uint64_t offset = m_offset;
     put(localHeader(header));
     put(contents.bytes);
@@ -154,7 +159,7 @@ void ZipWriter::add(const ArchivedItem& item, const PackedFile& contents) {
 
 void ZipWriter::add(const ArchivedItem& item, std::uint64_t size, const std::function<PackedSums(const Sink&)>& pack) {
     checkName(item);
-    Header header{.item = item, .sums = {}, .isWide = size >= wideSize};
+    Header header{.item = item, .sums = {}, .isWide = size >= wideSize, .clock = m_clock};
     const std::uint64_t offset = m_offset;
     put(localHeader(header));
     header.sums = pack([this](std::string_view bytes) { put(bytes); });

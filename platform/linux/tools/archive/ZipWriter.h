@@ -22,12 +22,16 @@ struct ArchivedItem {
     std::time_t modified = 0;
 };
 
+// What the clock shows that goes with an item's time: the format has one in local time, beside the time that is meant
+// everywhere. Only with the universal one are the bytes of an archive the same wherever they are made.
+enum class ClockTimes { local, universal };
+
 // Writes from the file's present position on, which must be its start. Everything throws ToolFailure.
 class ZipWriter {
 public:
     using Sink = std::function<void(std::string_view)>;
 
-    explicit ZipWriter(int file) : m_file(file) {}  // not owned
+    explicit ZipWriter(int file, ClockTimes clock = ClockTimes::local) : m_file(file), m_clock(clock) {}  // not owned
 
     void add(const ArchivedItem& item, const PackedFile& contents);
 
@@ -43,13 +47,16 @@ private:
         const ArchivedItem& item;
         PackedSums sums;
         bool isWide;
+        ClockTimes clock;
     };
     void put(std::string_view bytes);
     void flush();
     void addToDirectory(const Header& header, std::uint64_t offset);
+    static void appendCommon(std::string& bytes, const Header& header);
     static std::string localHeader(const Header& header);
 
     int m_file;
+    ClockTimes m_clock;
     std::string m_buffer;
     std::uint64_t m_offset = 0;  // including the buffer
     std::string m_directory;

@@ -1,6 +1,5 @@
 // ditto -ck [--keepParent] SOURCE ARCHIVE
 // ditto -xk ARCHIVE FOLDER
-#include <sys/resource.h>
 #include <sysexits.h>
 
 #include <cstdio>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "platform/linux/tools/archive/Interruption.h"
+#include "platform/linux/tools/archive/OpenFileLimit.h"
 #include "platform/linux/tools/archive/PrintableText.h"
 #include "platform/linux/tools/archive/TreeArchiver.h"
 #include "platform/linux/tools/archive/TreeExtractor.h"
@@ -20,15 +20,6 @@ using platform::linux_host::KeepParent;
 
 void tell(const std::string& line) {
     std::fprintf(stderr, "ditto: %s\n", platform::linux_host::printableText(line).c_str());
-}
-
-// Every folder on the way to an item is held open.
-void allowManyOpenFiles() {
-    rlimit limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
-        limit.rlim_cur = limit.rlim_max;
-        (void)::setrlimit(RLIMIT_NOFILE, &limit);
-    }
 }
 
 bool run(const std::vector<std::string>& arguments) {
@@ -49,7 +40,7 @@ bool run(const std::vector<std::string>& arguments) {
 
 int main(int count, char** arguments) {
     platform::linux_host::noteInterruptions();
-    allowManyOpenFiles();
+    platform::linux_host::allowManyOpenFiles();
     try {
         if (run({arguments + 1, arguments + count})) {
             return EX_OK;

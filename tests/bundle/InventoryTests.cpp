@@ -1,0 +1,202 @@
+#include "tools/wickfield-bundle/check/Inventory.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/linux/services/LinuxHost.h"
+#include "platform/ports/Host.h"
+#include "tests/fakes/TemporaryFolder.h"
+
+namespace wickfield_bundle {
+namespace {
+
+using platform::FileType;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Inventories : public testing::Test {
+protected:
+    void write(const std::string& name, const std::string& text = "text") {
+        std::filesystem::create_directories(std::filesystem::path(folder / name).parent_path());
+        std::ofstream(folder / name) << text;
+    }
+    std::vector<std::string> paths() {
+        std::vector<std::string> paths;
+        for (const auto& entry : takeInventory(folder.path()).entries) {
+            paths.push_back(entry.path);
+        }
+        return paths;
+    }
+
+    fakes::TemporaryFolder folder;
+    platform::ScopedHost scope{platform::linux_host::services()};
+};
+
+TEST_F(Inventories, NameAFolderBeforeWhatItHoldsAndOthersByTheirBytes) {
+    write("b/2");
+    write("b/1");
+    write("b-c");
+    write("a");
+    write("B");
+    EXPECT_THAT(paths(), ElementsAre("B", "a", "b", "b/1", "b/2", "b-c"));
+}
+
+TEST_F(Inventories, AreInTheOrderInWhichThingsAreFound) {
+    for (const char* const name : {"a/b", "a b", "a.b", "a", "a/b/c", "ab", "a\x01/x", "\xff"}) {
+        if (!std::filesystem::exists(folder / name)) {
+            std::filesystem::create_directories(folder / name);
+        }
+    }
+    const Inventory inventory = takeInventory(folder.path());
+    ASSERT_EQ(inventory.entries.size(), 9U);
+    for (const auto& entry : inventory.entries) {
+        EXPECT_EQ(inventory.find(entry.path), &entry) << entry.path;
+    }
+    EXPECT_EQ(inventory.find("a/b/d"), nullptr);
+    EXPECT_EQ(inventory.find(""), nullptr);
+}
+
+TEST_F(Inventories, TellWhatAFileIs) {
+    write("file", "seven..");
+    ::chmod((folder / "file").c_str(), 04751);
+    const Inventory inventory = takeInventory(folder.path());
+    ASSERT_EQ(inventory.entries.size(), 1U);
+    const InventoryEntry& entry = inventory.entries.front();
+    EXPECT_EQ(entry.type, FileType::regular);
+    EXPECT_EQ(entry.size, 7U);
+    EXPECT_EQ(entry.permissions, 04751U);
+    EXPECT_FALSE(entry.isQuarantined);
+    struct stat status {};
+    ASSERT_EQ(::stat((folder / "file").c_str(), &status), 0);
+    EXPECT_EQ(entry.identity, (platform::FileIdentity{status.st_dev, status.st_ino}));
+}
+
+TEST_F(Inventories, HaveALinkAsALinkAndDoNotFollowIt) {
+    write("real/inside");
+    std::filesystem::create_symlink("real", folder / "link");
+    std::filesystem::create_symlink("..", folder / "real/up");
+    std::filesystem::create_symlink(std::string(300, 'x') + "/" + std::string(3000, 'y'), folder / "nowhere");
+    const Inventory inventory = takeInventory(folder.path());
+    EXPECT_EQ(inventory.entries.size(), 5U);
+    EXPECT_EQ(inventory.find("link")->type, FileType::symbolicLink);
+    EXPECT_EQ(inventory.find("link")->linkTarget, "real");
+    EXPECT_EQ(inventory.find("real/up")->linkTarget, "..");
+    EXPECT_EQ(inventory.find("nowhere")->linkTarget.size(), 3301U);
+    EXPECT_THAT(inventory.unreadable, IsEmpty());
+}
+
+TEST_F(Inventories, NeverOpenAPipe) {
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0644), 0);
+    const Inventory inventory = takeInventory(folder.path());  // would wait for ever for somebody to write
+    ASSERT_EQ(inventory.entries.size(), 1U);
+    EXPECT_EQ(inventory.entries.front().type, FileType::other);
+}
+
+TEST_F(Inventories, SeeTheMarkOfADownload) {
+    write("marked");
+    write("plain");
+    std::filesystem::create_directory(folder / "folder");
+    for (const char* const name : {"marked", "folder"}) {
+        if (::setxattr((folder / name).c_str(), "user.com.apple.quarantine", "0081", 4, 0) != 0) {
+            GTEST_SKIP() << "the file system has no attributes";
+        }
+    }
+    const Inventory inventory = takeInventory(folder.path());
+    EXPECT_TRUE(inventory.find("marked")->isQuarantined);
+    EXPECT_TRUE(inventory.find("folder")->isQuarantined);
+    EXPECT_FALSE(inventory.find("plain")->isQuarantined);
+}
+
+TEST_F(Inventories, NameAFolderThatCannotBeReadAndGoOn) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "the superuser reads everything";
+    }
+    write("closed/inside");
+    write("open");
+    ::chmod((folder / "closed").c_str(), 0);
+    const Inventory inventory = takeInventory(folder.path());
+    ::chmod((folder / "closed").c_str(), 0755);
+    EXPECT_EQ(inventory.entries.size(), 2U);
+    ASSERT_EQ(inventory.unreadable.size(), 1U);
+    EXPECT_EQ(inventory.unreadable.front().path, "closed");
+    EXPECT_EQ(inventory.unreadable.front().reason, "Permission denied");
+}
+
+TEST_F(Inventories, NameAFolderThatIsGone) {
+    const Inventory inventory = takeInventory(folder / "gone");
+    EXPECT_THAT(inventory.entries, IsEmpty());
+    ASSERT_EQ(inventory.unreadable.size(), 1U);
+    EXPECT_EQ(inventory.unreadable.front().path, "");
+}
+
+// A chain of folders that no path can name.
+class DeepInventories : public Inventories {
+protected:
+    void dig(int levels, const std::string& name) {
+        int present = ::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY);
+        for (int level = 0; level < levels; ++level) {
+            ASSERT_EQ(::mkdirat(present, name.c_str(), 0755), 0);
+            const int next = ::openat(present, name.c_str(), O_RDONLY | O_DIRECTORY);
+            ::close(present);
+            present = next;
+        }
+        const int file = ::openat(present, "bottom", O_CREAT | O_WRONLY, 0644);
+        ::close(file);
+        ::close(present);
+    }
+    // Step by step as well, since no path leads there.
+    void TearDown() override {
+        const std::string command = "rm -rf '" + folder.path() + "'/*";
+        EXPECT_EQ(std::system(command.c_str()), 0);
+    }
+};
+
+TEST_F(DeepInventories, GoBeyondWhatAPathCanName) {
+    dig(1000, "folder");
+    write("zebra");
+    const Inventory inventory = takeInventory(folder.path());
+    EXPECT_EQ(inventory.entries.size(), 1002U);
+    EXPECT_EQ(inventory.entries[1000].name(), "bottom");
+    EXPECT_EQ(inventory.entries[1000].path.size(), 1000 * 7 + 6U);
+    EXPECT_EQ(inventory.entries.back().path, "zebra");
+    EXPECT_THAT(inventory.unreadable, IsEmpty());
+    EXPECT_THAT(inventory.tooDeep, IsEmpty());
+}
+
+TEST_F(DeepInventories, EndWhereNothingCouldBeUsedAnyMore) {
+    dig(4200, "f");
+    write("zebra");
+    const Inventory inventory = takeInventory(folder.path());
+    ASSERT_EQ(inventory.tooDeep.size(), 1U);
+    EXPECT_GE(inventory.tooDeep.front().size(), Inventory::longestPath);
+    EXPECT_EQ(inventory.entries.back().path, "zebra");
+    EXPECT_THAT(inventory.unreadable, IsEmpty());
+}
+
+TEST(WalkingOrder, HasAFoldersContentsBetweenItAndItsNextSibling) {
+    EXPECT_TRUE(comesBefore("a", "a/b"));
+    EXPECT_TRUE(comesBefore("a/b", "a b"));
+    EXPECT_TRUE(comesBefore("a/z", "a\x01"));
+    EXPECT_TRUE(comesBefore("a", "\xff"));
+    EXPECT_FALSE(comesBefore("a", "a"));
+    EXPECT_FALSE(comesBefore("a/b", "a"));
+    EXPECT_FALSE(comesBefore("b", "a/b"));
+}
+
+TEST(Places, LieInAFolderByWholeNames) {
+    EXPECT_TRUE(liesWithin("a/b", "a"));
+    EXPECT_FALSE(liesWithin("ab", "a"));
+    EXPECT_FALSE(liesWithin("a", "a"));
+}
+
+}  // namespace
+}  // namespace wickfield_bundle

@@ -1,0 +1,358 @@
+#include "tools/wickfield-bundle/check/SettingsRules.h"
+
+#include <array>
+#include <utility>
+
+#include "platform/linux/services/LinuxMainBundle.h"
+#include "tests/bundle/CheckFixture.h"
+
+namespace {
+
+using namespace wickfield_bundle;  // NOLINT(google-build-using-namespace)
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+constexpr const char* settingsPlace = "Contents/Resources/InstallerSettings.plist";
+
+class CheckingSettings : public CheckFixture {
+protected:
+    CheckingSettings() {
+        answer(R"({"ok":true,"characters":900,"pictures":0,"complete":true,"width":960,"height":540})");
+    }
+
+    // What the helper is to say of whatever it is asked for.
+    void answer(const std::string& line) { helper("printf '%s\\n' '" + line + "'"); }
+    void helper(const std::string& command) {
+        std::ofstream(m_helper, std::ios::trunc) << "#!/bin/sh\n" << command << "\n";
+        ASSERT_EQ(::chmod(m_helper.c_str(), 0755), 0);
+    }
+    void noHelper() { std::filesystem::remove(m_helper); }
+
+    // Further entries, or others in place of the usual ones.
+    void settings(const std::vector<std::pair<std::string, std::string>>& entries = {}) {
+        std::map<std::string, std::string> all{{"KZPluginName", "<string>Echo</string>"},
+                                               {"KZPluginVersion", "<string>1.0</string>"},
+                                               {"KZPluginAuthor", "<string>Example</string>"}};
+        for (const auto& [key, value] : entries) {
+            all[key] = value;
+        }
+        std::string text = "<plist version=\"1.0\"><dict>";
+        for (const auto& [key, value] : all) {
+            if (!value.empty()) {
+                text.append("<key>").append(key).append("</key>").append(value);
+            }
+        }
+        write(settingsPlace, text + "</dict></plist>\n");
+    }
+    void agreement(const std::string& name, const std::string& text) {
+        settings({{"KZEULAPath", "<string>" + name + "</string>"}});
+        write("Contents/Resources/" + name, text);
+    }
+    void background(const std::string& head, const std::string& name = "Back.png") {
+        settings({{"KZBgImagePath", "<string>" + name + "</string>"}});
+        write("Contents/Resources/" + name, head + std::string(100, '\0'));
+    }
+
+    Findings findings() {
+        platform::Host host = platform::linux_host::services();
+        platform::linux_host::LinuxMainBundle resources(*host.propertyLists, bundle() + "/Contents/MacOS/-");
+        host.bundle = &resources;
+        const platform::ScopedHost scope(host);
+        SettingsCheck check(m_helper);
+        Findings findings;
+        check.finish(lookAt(bundle()), findings);
+        return findings;
+    }
+    std::vector<std::string> rules() {
+        std::vector<std::string> rules;
+        for (const Finding& finding : findings()) {
+            rules.push_back(finding.rule);
+        }
+        return rules;
+    }
+    std::string theReason() {
+        const Findings all = findings();
+        EXPECT_EQ(all.size(), 1U);
+        return all.empty() ? "" : all.front().reason;
+    }
+
+private:
+    const std::string m_helper = around() / "helper";
+};
+
+TEST_F(CheckingSettings, HasNothingToSayOfGoodOnes) {
+    settings({{"removeBranding", "<true/>"}});
+    EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(CheckingSettings, CallsMissingOnesAnError) {
+    const Findings all = findings();
+    ASSERT_EQ(all.size(), 1U);
+    EXPECT_EQ(all.front().rule, "settings-missing");
+    EXPECT_EQ(all.front().place, settingsPlace);
+}
+
+TEST_F(CheckingSettings, CallsUnreadableOnesAnError) {
+    for (const char* text : {"", "not a list at all {", "<plist><array/></plist>", "<plist><dict><key>KZ"}) {
+        write(settingsPlace, text);
+        EXPECT_THAT(rules(), ElementsAre("settings-unreadable")) << text;
+    }
+}
+
+TEST_F(CheckingSettings, SaysWhatIsThereInsteadOfADictionary) {
+    write(settingsPlace, "<plist><array/></plist>");
+    EXPECT_EQ(theReason(), "It cannot be read: it is an array instead of a dictionary.");
+}
+
+TEST_F(CheckingSettings, DoesNotReadHugeOnesOrPipes) {
+    settings();
+    std::filesystem::resize_file(bundle() + "/" + settingsPlace, std::uintmax_t{1} << 30U);
+    EXPECT_THAT(rules(), ElementsAre("settings-unreadable"));
+    std::filesystem::remove(bundle() + "/" + settingsPlace);
+    ASSERT_EQ(::mkfifo((bundle() + "/" + settingsPlace).c_str(), 0644), 0);
+    EXPECT_THAT(rules(), ElementsAre("settings-unreadable"));
+}
+
+TEST_F(CheckingSettings, NamesTheTextsThatAreMissing) {
+    write(settingsPlace, "<plist><dict/></plist>");
+    EXPECT_THAT(rules(), UnorderedElementsAre("setting-name-missing", "setting-missing", "setting-missing"));
+}
+
+TEST_F(CheckingSettings, WarnsOfANumberWhereTheWindowShowsAText) {
+    settings({{"KZPluginVersion", "<real>1.10</real>"}});
+    EXPECT_THAT(rules(), ElementsAre("setting-kind"));
+    EXPECT_EQ(theReason(), "KZPluginVersion is a number; the window shows \"1.1\".");
+}
+
+TEST_F(CheckingSettings, WarnsOfEveryOtherKindThatIsShown) {
+    for (const char* value : {"<integer>7</integer>", "<true/>", "<date>2026-11-21T01:15:00Z</date>",
+                              "<data>AAAA</data>", "<array><string>a</string></array>", "<dict/>"}) {
+        settings({{"KZPluginName", value}});
+        EXPECT_THAT(rules(), ElementsAre("setting-kind")) << value;
+    }
+}
+
+TEST_F(CheckingSettings, WarnsOfEmptyTexts) {
+    settings({{"KZPluginAuthor", "<string> </string>"}, {"KZEULAPath", "<string></string>"}});
+    EXPECT_THAT(rules(), ElementsAre("setting-empty", "setting-empty"));
+}
+
+TEST_F(CheckingSettings, WarnsOfLineBreaksAndOfTextsThatAreTooLong) {
+    settings({{"KZPluginName", "<string>Echo\nof the Hills</string>"}});
+    EXPECT_THAT(rules(), ElementsAre("setting-line-break"));
+    settings({{"KZPluginName", "<string>" + std::string(61, 'x') + "</string>"}});
+    EXPECT_THAT(rules(), ElementsAre("setting-text-long"));
+    settings({{"KZPluginName", "<string>" + std::string(60, 'x') + "</string>"}});
+    EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(CheckingSettings, CallsAFileNameOfAnotherKindAnError) {
+    settings({{"KZEULAPath", "<integer>1</integer>"}, {"KZBgImagePath", "<array/>"}});
+    EXPECT_THAT(rules(), ElementsAre("setting-file-kind", "setting-file-kind"));
+}
+
+TEST_F(CheckingSettings, WarnsOfAFlagThatIsNeitherYesNorNo) {
+    for (const char* value : {"<string>hidden</string>", "<string></string>", "<array/>", "<real>0.5</real>"}) {
+        settings({{"removeBranding", value}});
+        EXPECT_THAT(rules(), ElementsAre("setting-flag-kind")) << value;
+    }
+    for (const char* value : {"<string>YES</string>", "<integer>1</integer>", "<false/>"}) {
+        settings({{"removeBranding", value}});
+        EXPECT_THAT(rules(), IsEmpty()) << value;
+    }
+}
+
+TEST_F(CheckingSettings, NotesAnUnknownOneAndWhatMayBeMeant) {
+    settings({{"KZEulaPath", "<string>a</string>"}, {"Colour of the sky", "<string>blue</string>"}});
+    const Findings all = findings();
+    ASSERT_EQ(all.size(), 2U);
+    EXPECT_EQ(all[0].rule, "setting-unknown");
+    EXPECT_EQ(all[0].remedy, "Take it out.");
+    EXPECT_EQ(all[1].remedy, "If it is meant to be KZEULAPath, call it so.");
+}
+
+TEST_F(CheckingSettings, CallsAFileThatIsMissingAnError) {
+    settings({{"KZEULAPath", "<string>Licence.rtf</string>"}, {"KZBgImagePath", "<string>Back.png</string>"}});
+    EXPECT_THAT(rules(), ElementsAre("resource-missing", "resource-missing"));
+}
+
+TEST_F(CheckingSettings, FindsAFileThatIsWrittenWithOtherCapitals) {
+    settings({{"KZEULAPath", "<string>licence.RTF</string>"}});
+    write("Contents/Resources/Licence.rtf");
+    const Findings all = findings();
+    ASSERT_EQ(all.size(), 1U);
+    EXPECT_EQ(all.front().rule, "resource-case");
+    EXPECT_EQ(all.front().place, "Contents/Resources/Licence.rtf");
+    EXPECT_EQ(all.front().reason, "KZEULAPath calls it \"licence.RTF\".");
+}
+
+TEST_F(CheckingSettings, CallsAFileOutsideOfTheResourcesAnError) {
+    settings({{"KZEULAPath", "<string>../../../../../../../etc/hostname</string>"}});
+    EXPECT_THAT(rules(), ElementsAre("resource-outside"));
+}
+
+class CheckingAgreements : public CheckingSettings {};
+
+TEST_F(CheckingAgreements, HasNothingToSayOfWhatEveryHostReads) {
+    for (const auto& [name, text] :
+         std::vector<std::pair<std::string, std::string>>{{"L.rtf", "{\\rtf1 text}"},
+                                                          {"L.txt",
+                                                           "Gr\xC3\xBC\xC3\x9F"
+                                                           "e\n"},
+                                                          {"L.html", "<meta charset=utf-8><p>gr\xC3\xBC\xC3\x9F"},
+                                                          {"L", "text"},
+                                                          {"L.doc", "{\\rtf1 rich text under another name}"}}) {
+        agreement(name, text);
+        EXPECT_THAT(rules(), IsEmpty()) << name;
+    }
+}
+
+TEST_F(CheckingAgreements, TakesAFolderOfRichText) {
+    settings({{"KZEULAPath", "<string>L.rtfd</string>"}});
+    write("Contents/Resources/L.rtfd/TXT.rtf", "{\\rtf1 text}");
+    EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(CheckingAgreements, WarnsOfKindsThatMacOSAloneReads) {
+    for (const char* name : {"L.doc", "L.DOCX", "L.odt", "L.webarchive"}) {
+        agreement(name, std::string("PK\3\4\0\0", 6));
+        EXPECT_THAT(rules(), ElementsAre("agreement-one-host")) << name;
+    }
+}
+
+TEST_F(CheckingAgreements, CallsWhatNoHostReadsAnError) {
+    agreement("L.pdf", "%PDF-1.7\n");
+    EXPECT_THAT(rules(), ElementsAre("agreement-kind"));
+    agreement("L.png", std::string("\x89PNG\0\0", 6));
+    EXPECT_THAT(rules(), ElementsAre("agreement-kind"));
+}
+
+TEST_F(CheckingAgreements, WarnsOfLettersThatHostsGuessDifferently) {
+    agreement("L.txt", "gr\xFC\xDF\n");
+    EXPECT_THAT(rules(), ElementsAre("agreement-encoding"));
+    agreement("L.html", "<p>gr\xC3\xBC\xC3\x9F");
+    EXPECT_THAT(rules(), ElementsAre("agreement-encoding"));
+    agreement("L.txt", std::string("\xFF\xFEg\0\n\0", 6));
+    EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(CheckingAgreements, WarnsOfWhatHasToBeFetched) {
+    agreement("L.html", "<p><img src=https://example.com/logo.png>");
+    EXPECT_THAT(rules(), ElementsAre("agreement-remote"));
+    EXPECT_EQ(theReason(), "It refers to https://example.com/logo.png.");
+}
+
+TEST_F(CheckingAgreements, WarnsOfPicturesThatAreNotThere) {
+    agreement("L.html", "<p><img src=logo.png><img src=there.png>");
+    write("Contents/Resources/there.png");
+    EXPECT_THAT(rules(), ElementsAre("agreement-picture-missing"));
+}
+
+TEST_F(CheckingAgreements, CallsAnEmptyOneAnError) {
+    agreement("L.txt", " \n");
+    answer(R"({"ok":true,"characters":0,"pictures":0,"complete":true})");
+    EXPECT_THAT(rules(), ElementsAre("agreement-empty"));
+    answer(R"({"ok":true,"characters":0,"pictures":1,"complete":true})");
+    EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(CheckingAgreements, WarnsOfOneThatIsShownInPart) {
+    agreement("L.txt", "long\n");
+    answer(R"({"ok":true,"characters":2000000,"pictures":0,"complete":false})");
+    EXPECT_THAT(rules(), ElementsAre("agreement-cut"));
+}
+
+TEST_F(CheckingAgreements, CallsOneThatCannotBeReadAnError) {
+    agreement("L.txt", "text\n");
+    answer(R"({"ok":false,"reason":"it is torn"})");
+    EXPECT_THAT(rules(), ElementsAre("agreement-unreadable"));
+    EXPECT_EQ(theReason(), "It cannot be read: it is torn.");
+}
+
+TEST_F(CheckingAgreements, CallsOneThatEndsItsReaderAnError) {
+    agreement("L.txt", "text\n");
+    helper("kill -SEGV $$");
+    EXPECT_THAT(rules(), ElementsAre("agreement-unreadable"));
+}
+
+TEST_F(CheckingAgreements, SaysWhatCouldNotBeFoundOut) {
+    agreement("L.txt", "text\n");
+    noHelper();
+    EXPECT_THAT(rules(), ElementsAre("not-checked"));
+    EXPECT_THAT(theReason(), HasSubstr("wickfield-media is missing"));
+    helper("exit 3");
+    EXPECT_THAT(theReason(), HasSubstr("Qt does not work here"));
+    for (const char* line : {"", "[]", "{}", "{\"ok\":1}", "nonsense", "{\"ok\":true"}) {
+        answer(line);
+        EXPECT_THAT(rules(), ElementsAre("not-checked")) << line;
+    }
+}
+
+TEST_F(CheckingAgreements, BelievesNoNumbersThatAreNone) {
+    agreement("L.txt", "text\n");
+    answer(R"({"ok":true,"characters":-5,"pictures":"x","complete":7})");
+    EXPECT_THAT(rules(), ElementsAre("agreement-empty"));
+}
+
+class CheckingBackgrounds : public CheckingSettings {};
+
+TEST_F(CheckingBackgrounds, HasNothingToSayOfWhatEveryHostReads) {
+    for (const char* head : {"\x89PNG\r\n", "\xFF\xD8\xFF\xE0", "GIF89a", "BM"}) {
+        background(head);
+        EXPECT_THAT(rules(), IsEmpty()) << head;
+    }
+}
+
+TEST_F(CheckingBackgrounds, WarnsOfKindsThatOneHostReads) {
+    for (const std::string& head : {std::string("II*\0", 4), std::string("RIFF\0\0\0\0WEBP", 12), std::string("8BPS"),
+                                    std::string("\0\0\0\x18"
+                                                "ftypheic",
+                                                12),
+                                    std::string("icns"), std::string("%PDF-1.4"), std::string("/* XPM */"),
+                                    std::string("P6\n1 1\n"), std::string("<?xml version='1.0'?><svg>")}) {
+        background(head);
+        EXPECT_THAT(rules(), ElementsAre("background-one-host")) << head;
+        answer(R"({"ok":false,"reason":"Unsupported image format"})");
+        EXPECT_THAT(rules(), ElementsAre("background-one-host")) << head;
+        answer(R"({"ok":true,"width":960,"height":540})");
+    }
+}
+
+TEST_F(CheckingBackgrounds, CallsOneThatCannotBeReadAnError) {
+    background("\x89PNG\r\n");
+    answer(R"({"ok":false,"reason":"Unable to read image data"})");
+    EXPECT_THAT(rules(), ElementsAre("background-unreadable"));
+    background("just a text");
+    EXPECT_THAT(rules(), ElementsAre("background-unreadable"));
+}
+
+TEST_F(CheckingBackgrounds, WarnsOfSmallAndLargeOnes) {
+    background("\x89PNG\r\n");
+    answer(R"({"ok":true,"width":320,"height":200})");
+    EXPECT_THAT(rules(), ElementsAre("background-small"));
+    EXPECT_EQ(theReason(), "It has 320 by 200 pixels.");
+    answer(R"({"ok":true,"width":8000,"height":200})");
+    EXPECT_THAT(rules(), ElementsAre("background-large"));
+    answer(R"({"ok":true,"width":660,"height":240})");
+    EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(CheckingBackgrounds, CallsAFolderOrAPipeUnreadable) {
+    settings({{"KZBgImagePath", "<string>Back.png</string>"}});
+    folder("Contents/Resources/Back.png");
+    EXPECT_THAT(rules(), ElementsAre("background-unreadable"));
+    std::filesystem::remove(bundle() + "/Contents/Resources/Back.png");
+    ASSERT_EQ(::mkfifo((bundle() + "/Contents/Resources/Back.png").c_str(), 0644), 0);
+    EXPECT_THAT(rules(), Contains("background-unreadable"));
+}
+
+TEST_F(CheckingBackgrounds, SaysThatTheHelperIsMissing) {
+    background("\x89PNG\r\n");
+    noHelper();
+    EXPECT_THAT(rules(), ElementsAre("not-checked"));
+}
+
+}  // namespace

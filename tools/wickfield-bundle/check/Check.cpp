@@ -1,0 +1,210 @@
+#include "tools/wickfield-bundle/check/Check.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <future>
+#include <iterator>
+#include <span>
+#include <system_error>
+#include <utility>
+
+#include "app/InstallationTree.h"
+#include "app/UserPlaceholders.h"
+#include "lib/KZLocalPaths.h"
+#include "lib/base/PathText.h"
+#include "platform/linux/services/LinuxMainBundle.h"
+#include "platform/ports/Host.h"
+#include "tools/wickfield-bundle/check/ModelCustomer.h"
+#include "tools/wickfield-bundle/check/Rules.h"
+#include "tools/wickfield-bundle/check/SettingsRules.h"
+
+namespace wickfield_bundle {
+
+namespace {
+
+constexpr std::size_t mostBeyondLinks = 20000;  // folders and items
+
+CheckedItem::Guard guardOf(const std::string& destination) {
+    if (!destination.starts_with('/') || !KZLocalPaths::isPathSystemDirectory(destination)) {
+        return CheckedItem::Guard::none;
+    }
+    return KZLocalPaths::isPathSystemDirectory(destination, ExactMatch::yes) ? CheckedItem::Guard::standardFolder
+                                                                             : CheckedItem::Guard::systemFolder;
+}
+
+CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& bundlePath) {
+    std::string destination = UserPlaceholders::replaced(item.path).value_or(item.path);
+    const CheckedItem::Guard guard = guardOf(destination);
+    return {.place = item.source.substr(bundlePath.size() + 1),
+            .path = item.path,
+            .destination = std::move(destination),
+            .guard = guard};
+}
+
+// The installer's own walk, but that it stays in the bundle and ends.
+class TreeWalk {
+public:
+    explicit TreeWalk(CheckedBundle& bundle) : m_bundle(bundle) {
+        std::error_code error;
+        m_realBundle = std::filesystem::canonical(bundle.path, error).string();
+    }
+
+    void run() {
+        const platform::ScopedHost scope(hostOfModelCustomer());
+        const std::string tree = kz::appendPathComponent(m_bundle.path, InstallationTree::pathInBundle);
+        if (!isInBundle(tree)) {
+            return;
+        }
+        InstallationTree::visitItems(
+            tree, tree,
+            [this](const InstallationTree::Item& item) {
+                m_bundle.items.push_back(checkedItem(item, m_bundle.path));
+                return spend(item.source);
+            },
+            [this](const InstallationTree::Item& item) {
+                if (spend(item.source)) {
+                    m_bundle.passedOver.push_back(checkedItem(item, m_bundle.path));
+                }
+            },
+            [this](const std::string& folder) { return mayEnter(folder); });
+        m_bundle.isWalkEndless = m_left == 0;
+        std::ranges::sort(m_bundle.items, comesBefore, &CheckedItem::place);
+        std::ranges::sort(m_bundle.passedOver, comesBefore, &CheckedItem::place);
+    }
+
+private:
+    bool mayEnter(const std::string& folder) {
+        std::error_code error;
+        const bool isLink = std::filesystem::is_symlink(folder, error);
+        const bool liesBeyondLink = !m_link.empty() && liesWithin(folder, m_link);
+        if (isLink && !liesBeyondLink) {
+            m_link = folder;
+        }
+        return (!isLink || isInBundle(folder)) && (!liesBeyondLink || spend(folder));
+    }
+
+    bool isInBundle(const std::string& folder) const {
+        std::error_code error;
+        return liesWithin(std::filesystem::canonical(folder, error).string(), m_realBundle);
+    }
+
+    // Only what is reached by a link can be reached again and again.
+    bool spend(const std::string& source) {
+        if (!m_link.empty() && liesWithin(source, m_link) && m_left > 0) {
+            --m_left;
+        }
+        return m_left > 0;
+    }
+
+    CheckedBundle& m_bundle;
+    std::string m_realBundle;
+    std::string m_link;  // the latest to a folder, but for those that lie beyond one
+    std::size_t m_left = mostBeyondLinks;
+};
+
+const CheckedItem* itemOf(const std::vector<CheckedItem>& items, std::string_view place) {
+    const auto after = std::ranges::upper_bound(items, place, comesBefore, &CheckedItem::place);
+    if (after == items.begin()) {
+        return nullptr;
+    }
+    const CheckedItem& item = *std::prev(after);
+    return item.place == place || liesWithin(place, item.place) ? &item : nullptr;
+}
+
+void checkReading(const CheckedBundle& bundle, Findings& findings) {
+    for (const auto& [path, reason] : bundle.contents.unreadable) {
+        add(findings, "unreadable", path, "It cannot be looked at: " + reason + ".");
+    }
+    for (const std::string& path : bundle.contents.tooDeep) {
+        add(findings, "too-deep", path,
+            "Its path has " + std::to_string(path.size()) + " bytes; nothing that lies in it was looked at.");
+    }
+}
+
+// Two threads take one half each; where there is nothing special they take about the same time.
+constexpr std::array someRules{checkNames, checkLinks, checkPermissions, checkTree};
+constexpr std::array otherRules{checkReading,      checkLayout,       checkScripts, checkPackages,  checkPrograms,
+                                checkPlaceholders, checkDestinations, checkSizes,   checkQuarantine};
+
+Findings run(std::span<void (*const)(const CheckedBundle&, Findings&)> rules, const CheckedBundle& bundle) {
+    Findings findings;
+    for (const auto rule : rules) {
+        rule(bundle, findings);
+    }
+    return findings;
+}
+
+void sort(Findings& findings) {
+    std::ranges::stable_sort(findings, [](const Finding& left, const Finding& right) {
+        if (left.severity != right.severity) {
+            return left.severity > right.severity;
+        }
+        return left.place != right.place ? comesBefore(left.place, right.place) : left.rule < right.rule;
+    });
+}
+
+}  // namespace
+
+const CheckedItem* CheckedBundle::itemAt(std::string_view place) const { return itemOf(items, place); }
+
+bool CheckedBundle::isPassedOver(std::string_view place) const { return itemOf(passedOver, place) != nullptr; }
+
+bool CheckedBundle::hasItemsIn(std::string_view folder) const {
+    const auto first = std::ranges::upper_bound(items, folder, comesBefore, &CheckedItem::place);
+    return first != items.end() && liesWithin(first->place, folder);
+}
+
+bool isBundle(const std::string& path, std::string& whyNot) {
+    auto& files = *platform::host().files;
+    if (!files.fileExists(path)) {
+        whyNot = "There is nothing of this name.";
+    } else if (!files.isFolder(path)) {
+        whyNot = "It is not a folder.";
+    } else if (!path.ends_with(".app")) {
+        whyNot = "Its name does not end in \".app\".";
+    } else if (!files.isFolder(path + "/Contents")) {
+        whyNot = "It has no folder \"Contents\".";
+    } else {
+        whyNot.clear();
+    }
+    return whyNot.empty();
+}
+
+CheckedBundle lookAt(const std::string& path) {
+    CheckedBundle bundle{.path = kz::appendPathComponent(path, ""),
+                         .contents = {},
+                         .treePrefix = InstallationTree::pathInBundle + std::string("/"),
+                         .resourcesPrefix = "Contents/Resources/",
+                         .items = {},
+                         .passedOver = {}};
+    auto contents = startInventory(bundle.path);
+    TreeWalk(bundle).run();
+    bundle.contents = contents.get();
+    return bundle;
+}
+
+Findings checkBundle(const std::string& path) {
+    Findings findings;
+    if (std::string whyNot; !isBundle(path, whyNot)) {
+        add(findings, "not-a-bundle", "", whyNot);
+        return findings;
+    }
+    const std::string helper = mediaHelper();
+    // The name of the program does not matter: only where it would lie.
+    platform::linux_host::LinuxMainBundle resources(*platform::host().propertyLists, path + "/Contents/MacOS/-");
+    platform::Host host = platform::host();
+    host.bundle = &resources;
+    const platform::ScopedHost scope(host);
+
+    SettingsCheck settings(helper);  // works on beside the walk
+    const CheckedBundle bundle = lookAt(path);
+    auto others = std::async(std::launch::async, [&] { return run(someRules, bundle); });
+    findings = run(otherRules, bundle);
+    std::ranges::move(others.get(), std::back_inserter(findings));
+    settings.finish(bundle, findings);
+    sort(findings);
+    return findings;
+}
+
+}  // namespace wickfield_bundle
