@@ -6,6 +6,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace bench {
 
@@ -46,6 +47,20 @@ inline void makeLargeFiles(const fs::path& root, int count, std::size_t megabyte
     fs::create_directories(root);
     for (int file = 0; file < count; ++file) {
         writeFile(root / ("large " + std::to_string(file) + ".bin"), megabytes << 20U, random);
+    }
+}
+
+// One file whose bytes look random, made as fast as it can be written.
+inline void makeFile(const std::string& path, int megabytes) {
+    std::ofstream file(path, std::ios::binary);
+    std::vector<char> block(std::size_t{1} << 20U);
+    unsigned value = 1;
+    for (int written = 0; written < megabytes; ++written) {
+        for (char& byte : block) {
+            value = value * 1664525U + 1013904223U;
+            byte = static_cast<char>(value >> 24U);
+        }
+        file.write(block.data(), static_cast<std::streamsize>(block.size()));
     }
 }
 

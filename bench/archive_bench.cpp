@@ -9,6 +9,7 @@
 #include <string>
 
 #include "bench/Measure.h"
+#include "bench/Options.h"
 #include "bench/Workload.h"
 #include "tests/fakes/TemporaryFolder.h"
 
@@ -39,19 +40,10 @@ void takeTurns(int round, const Own& own, const Tool& tool) {
     }
 }
 
-Options readOptions(int count, char** arguments) {
+Options readOptions(int argc, char** argv) {
     Options options;
-    for (int at = 1; at + 1 < count; at += 2) {
-        const std::string name = arguments[at];
-        const std::string value = arguments[at + 1];
-        if (name == "--folder") {
-            options.folder = value;
-        } else if (name == "--rounds") {
-            options.rounds = std::atoi(value.c_str());  // NOLINT(cert-err34-c): a bad number gives no rounds
-        } else if (name == "--files") {
-            options.files = std::atoi(value.c_str());  // NOLINT(cert-err34-c): likewise
-        }
-    }
+    bench::readOptions(argc, argv, "archive_bench [--folder DIR] [--rounds N] [--files N]",
+                       {{"--folder", &options.folder}, {"--rounds", &options.rounds}, {"--files", &options.files}});
     return options;
 }
 

@@ -14,6 +14,7 @@
 #include <cstring>
 
 #include "bench/Measure.h"
+#include "bench/Options.h"
 #include "bench/Workload.h"
 #include "platform/linux/services/files/LinuxFileManager.h"
 #include "tests/fakes/TemporaryFolder.h"
@@ -103,26 +104,13 @@ void compareReflinks(const Options& options, const fakes::TemporaryFolder& place
 
 Options readOptions(int argc, char** argv) {
     Options options;
-    for (int i = 1; i < argc; ++i) {
-        const std::string word = argv[i];
-        const bool hasValue = i + 1 < argc;
-        if (word == "--only-reflinks") {
-            options.onlyReflinks = true;
-        } else if (word == "--folder" && hasValue) {
-            options.folder = argv[++i];
-        } else if (word == "--rounds" && hasValue) {
-            options.rounds = std::atoi(argv[++i]);
-        } else if (word == "--files" && hasValue) {
-            options.files = std::atoi(argv[++i]);
-        } else if (word == "--large" && hasValue) {
-            options.largeMegabytes = static_cast<std::size_t>(std::atol(argv[++i]));
-        } else {
-            std::fprintf(stderr,
-                         "usage: copy_bench [--folder DIR] [--rounds N] [--files N] [--large MEGABYTES] "
-                         "[--only-reflinks]\n");
-            std::exit(2);
-        }
-    }
+    bench::readOptions(argc, argv,
+                       "copy_bench [--folder DIR] [--rounds N] [--files N] [--large MEGABYTES] [--only-reflinks]",
+                       {{"--folder", &options.folder},
+                        {"--rounds", &options.rounds},
+                        {"--files", &options.files},
+                        {"--large", &options.largeMegabytes},
+                        {"--only-reflinks", &options.onlyReflinks}});
     return options;
 }
 

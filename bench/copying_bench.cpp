@@ -9,10 +9,10 @@
 #include <sys/mman.h>
 
 #include <atomic>
-#include <cstring>
-#include <fstream>
 
 #include "bench/Measure.h"
+#include "bench/Options.h"
+#include "bench/Workload.h"
 #include "lib/KZFileManager/Copying.h"
 #include "platform/linux/services/LinuxHost.h"
 #include "tests/fakes/FailingOpenFiles.h"
@@ -35,19 +35,6 @@ struct Phase {
 };
 
 bool runTool(const std::string& line) { return std::system(line.c_str()) == 0; }
-
-void makeFile(const std::string& path, int megabytes) {
-    std::ofstream file(path, std::ios::binary);
-    std::vector<char> block(std::size_t{1} << 20U);
-    unsigned value = 1;
-    for (int written = 0; written < megabytes; ++written) {
-        for (char& byte : block) {
-            value = value * 1664525U + 1013904223U;
-            byte = static_cast<char>(value >> 24U);
-        }
-        file.write(block.data(), static_cast<std::streamsize>(block.size()));
-    }
-}
 
 class Comparison {
 public:
@@ -121,21 +108,11 @@ void printPhase(const char* name, const std::vector<double>& seconds) {
 
 Options readOptions(int argc, char** argv) {
     Options options;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string word = argv[i];
-        if (word == "--folder") {
-            options.folder = argv[i + 1];
-        } else if (word == "--rounds") {
-            options.rounds = std::max(1, std::atoi(argv[i + 1]));
-        } else if (word == "--megabytes") {
-            options.megabytes = std::atoi(argv[i + 1]);
-        } else if (word == "--goal") {
-            options.goal = std::atof(argv[i + 1]);
-        } else {
-            std::fprintf(stderr, "usage: copying_bench [--folder DIR] [--rounds N] [--megabytes N] [--goal RATIO]\n");
-            std::exit(2);
-        }
-    }
+    bench::readOptions(argc, argv, "copying_bench [--folder DIR] [--rounds N] [--megabytes N] [--goal RATIO]",
+                       {{"--folder", &options.folder},
+                        {"--rounds", &options.rounds},
+                        {"--megabytes", &options.megabytes},
+                        {"--goal", &options.goal}});
     return options;
 }
 
@@ -145,7 +122,7 @@ int main(int argc, char** argv) {
     const Options options = readOptions(argc, argv);
     platform::setHost(platform::linux_host::services());
     const fakes::TemporaryFolder place(options.folder);
-    makeFile(place / "source", options.megabytes);
+    bench::makeFile(place / "source", options.megabytes);
     void* const shared = ::mmap(nullptr, sizeof(Phase), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (shared == MAP_FAILED) {
         return 1;

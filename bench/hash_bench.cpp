@@ -5,10 +5,9 @@
 // The operations that read and hash in turns, and the one that does both at the same time. The file lies in a new
 // folder in DIR (default: the temporary folder) that goes at the end.
 
-#include <cstring>
-#include <fstream>
-
 #include "bench/Measure.h"
+#include "bench/Options.h"
+#include "bench/Workload.h"
 #include "lib/KZFileManager/FileDigest.h"
 #include "lib/KZFileManager/Hashing.h"
 #include "platform/linux/services/LinuxHost.h"
@@ -27,19 +26,6 @@ struct Kind {
     platform::DigestKind kind;
     std::optional<std::string> (*hashForFile)(const std::string&, const KZFileManager::SharedChecksumDelegate&);
 };
-
-void makeFile(const std::string& path, int megabytes) {
-    std::ofstream file(path, std::ios::binary);
-    std::vector<char> block(std::size_t{1} << 20U);
-    unsigned value = 1;
-    for (int written = 0; written < megabytes; ++written) {
-        for (char& byte : block) {
-            value = value * 1664525U + 1013904223U;
-            byte = static_cast<char>(value >> 24U);
-        }
-        file.write(block.data(), static_cast<std::streamsize>(block.size()));
-    }
-}
 
 void compare(const Kind& kind, const std::string& file, int rounds) {
     const std::string name = kind.name;
@@ -62,19 +48,9 @@ void compare(const Kind& kind, const std::string& file, int rounds) {
 
 Options readOptions(int argc, char** argv) {
     Options options;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string word = argv[i];
-        if (word == "--folder") {
-            options.folder = argv[i + 1];
-        } else if (word == "--rounds") {
-            options.rounds = std::atoi(argv[i + 1]);
-        } else if (word == "--megabytes") {
-            options.megabytes = std::atoi(argv[i + 1]);
-        } else {
-            std::fprintf(stderr, "usage: hash_bench [--folder DIR] [--rounds N] [--megabytes N]\n");
-            std::exit(2);
-        }
-    }
+    bench::readOptions(
+        argc, argv, "hash_bench [--folder DIR] [--rounds N] [--megabytes N]",
+        {{"--folder", &options.folder}, {"--rounds", &options.rounds}, {"--megabytes", &options.megabytes}});
     return options;
 }
 
@@ -85,7 +61,7 @@ int main(int argc, char** argv) {
     platform::setHost(platform::linux_host::services());
     const fakes::TemporaryFolder place(options.folder);
     const std::string file = place / "file";
-    makeFile(file, options.megabytes);
+    bench::makeFile(file, options.megabytes);
     const Kind kinds[] = {{"md5", platform::DigestKind::md5, KZFileManager::md5HashForFile},
                           {"sha1", platform::DigestKind::sha1, KZFileManager::sha1HashForFile},
                           {"sha512", platform::DigestKind::sha512, KZFileManager::sha512HashForFile}};

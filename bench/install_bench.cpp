@@ -19,10 +19,12 @@
 
 #include "app/WickfieldAppDelegate.h"
 #include "bench/Measure.h"
+#include "bench/Options.h"
 #include "bench/Workload.h"
 #include "lib/KZAuthorization.h"
 #include "platform/linux/rights/LinuxAuthorization.h"
 #include "platform/linux/services/LinuxHost.h"
+#include "platform/posix/ArgumentPointers.h"
 #include "tests/fakes/FakeIdentity.h"
 #include "tests/fakes/TemporaryFolder.h"
 
@@ -73,12 +75,8 @@ bool waitFor(pid_t child) {
     return ::waitpid(child, &status, 0) == child && status == 0;
 }
 
-bool runTool(std::vector<std::string> words) {
-    std::vector<char*> arguments;
-    for (auto& word : words) {
-        arguments.push_back(word.data());
-    }
-    arguments.push_back(nullptr);
+bool runTool(const std::vector<std::string>& words) {
+    const auto arguments = platform::posix::pointersTo(words);
     pid_t child = 0;
     return ::posix_spawn(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) == 0 && waitFor(child);
 }
@@ -277,23 +275,12 @@ private:
 
 Options parse(int argc, char** argv) {
     Options options;
-    for (int index = 1; index < argc; ++index) {
-        const std::string word = argv[index];
-        const char* value = index + 1 < argc ? argv[index + 1] : "";
-        ++index;
-        if (word == "--folder") {
-            options.folder = value;
-        } else if (word == "--rounds") {
-            options.rounds = std::max(1, std::atoi(value));
-        } else if (word == "--files") {
-            options.files = std::max(20, std::atoi(value));
-        } else if (word == "--large") {
-            options.largeMegabytes = static_cast<std::size_t>(std::max(0, std::atoi(value)));
-        } else {
-            std::fprintf(stderr, "usage: install_bench [--folder DIR] [--rounds N] [--files N] [--large MEGABYTES]\n");
-            std::exit(2);
-        }
-    }
+    bench::readOptions(argc, argv, "install_bench [--folder DIR] [--rounds N] [--files N] [--large MEGABYTES]",
+                       {{"--folder", &options.folder},
+                        {"--rounds", &options.rounds},
+                        {"--files", &options.files},
+                        {"--large", &options.largeMegabytes}});
+    options.files = std::max(20, options.files);
     return options;
 }
 

@@ -22,6 +22,7 @@
 #include "platform/linux/rights/HelperImage.h"
 #include "platform/linux/rights/HelperLaunch.h"
 #include "platform/linux/rights/RightsSession.h"
+#include "platform/posix/ArgumentPointers.h"
 #include "tests/fakes/TemporaryFolder.h"
 
 namespace {
@@ -39,12 +40,7 @@ constexpr uid_t somebody = 23451;
 }
 
 void runByHand(const std::vector<std::string>& command) {
-    std::vector<char*> pointers;
-    pointers.reserve(command.size() + 1);
-    for (const auto& text : command) {
-        pointers.push_back(const_cast<char*>(text.c_str()));
-    }
-    pointers.push_back(nullptr);
+    const auto pointers = platform::posix::pointersTo(command);
     pid_t child = -1;
     if (::posix_spawn(&child, pointers[0], nullptr, nullptr, pointers.data(), environ) != 0 ||
         ::waitpid(child, nullptr, 0) != child) {

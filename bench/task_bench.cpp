@@ -18,6 +18,7 @@
 #include "bench/Measure.h"
 #include "lib/KZTaskEx.h"
 #include "platform/linux/services/LinuxHost.h"
+#include "platform/posix/ArgumentPointers.h"
 
 namespace {
 
@@ -40,12 +41,7 @@ constexpr double mostTimeForARun = 1 / 0.95;  // at least 0.95 of the rate
 pid_t spawnByHand(const char* tool, const std::vector<std::string>& arguments, int output) {
     std::vector<std::string> texts{tool};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (auto& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
+    const auto pointers = platform::posix::pointersTo(texts);
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     if (output >= 0) {

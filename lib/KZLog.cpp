@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 
 #include "lib/KZLogFiles.h"
@@ -25,39 +24,9 @@ std::recursive_mutex& classLock() {
     return *lock;
 }
 
-std::terminate_handler previousTerminateHandler = nullptr;
-
-std::string currentExceptionReason() {
-    const std::exception_ptr current = std::current_exception();
-    if (!current) {
-        return "terminate called without an active exception";
-    }
-    try {
-        std::rethrow_exception(current);
-    } catch (const std::exception& exception) {
-        return exception.what();
-    } catch (...) {
-        return "unknown exception";
-    }
-}
-
-[[noreturn]] void logUncaughtException() {
-    static std::atomic_flag entered;
-    if (!entered.test_and_set()) {
-        KZLog::appendLogAndPrint(currentExceptionReason());
-        KZLog::finishWriting();
-    }
-    if (previousTerminateHandler != nullptr) {
-        previousTerminateHandler();
-    }
-    std::abort();
-}
-
-void installTerminateHandler() {
-    const std::terminate_handler previous = std::set_terminate(logUncaughtException);
-    if (previous != logUncaughtException) {
-        previousTerminateHandler = previous;
-    }
+void logUncaughtException(const std::string& reason) {
+    KZLog::appendLogAndPrint(reason);
+    KZLog::finishWriting();
 }
 
 bool isMainThread() {
@@ -120,7 +89,9 @@ KZLog* KZLog::sharedController() {
         if (platform::Application* const application = platform::host().application) {
             application->onWillTerminate([] { willTerminate(); });
         }
-        installTerminateHandler();
+        if (platform::UncaughtExceptions* const exceptions = platform::host().exceptions) {
+            exceptions->setHandler(logUncaughtException);
+        }
         s_ready.store(s_shared.load(), std::memory_order_release);
     }
     return s_ready;

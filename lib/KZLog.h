@@ -36,7 +36,7 @@ public:
     using Format = kz::FormatText;  // none logs nothing
 
     // Created at the first call, never destroyed. The first call also registers the shutdown with the application, when
-    // the host has one, and installs a terminate handler that logs an uncaught exception before the process ends.
+    // the host has one, and has an exception that nobody catches logged with its reason before the process ends.
     static KZLog* sharedController();
 
     // None once the shared instance exists, so that there is never a second one.

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "lib/base/PropertyText.h"
+#include "lib/base/RealText.h"
 #include "lib/base/Text.h"
 
 namespace kz {
@@ -14,7 +15,6 @@ namespace {
 
 constexpr unsigned largestFieldSize = 1024;
 constexpr unsigned defaultRealPrecision = 6;
-constexpr std::size_t longestReal = 310 + 1 + largestFieldSize + 8;  // digits, point, fraction, sign and some air
 
 struct Conversion {
     bool leftAligned = false;
@@ -125,16 +125,12 @@ void appendInteger(std::string& out, auto number, Conversion conversion) {
 }
 
 void appendReal(std::string& out, double number, Conversion conversion) {
-    char digits[longestReal];
-    std::to_chars_result written{};
-    if (conversion.kind == 'f') {
-        const auto precision = static_cast<int>(conversion.precision.value_or(defaultRealPrecision));
-        written = std::to_chars(std::begin(digits), std::end(digits), number, std::chars_format::fixed, precision);
-    } else {
-        written = std::to_chars(std::begin(digits), std::end(digits), number);
-    }
+    const std::string digits =
+        conversion.kind == 'f'
+            ? fixedReal(number, static_cast<int>(conversion.precision.value_or(defaultRealPrecision)))
+            : shortestReal(number);
     conversion.zeroFilled = conversion.zeroFilled && std::isfinite(number);
-    appendNumber(out, std::string_view(digits, static_cast<std::size_t>(written.ptr - digits)), conversion, 0);
+    appendNumber(out, digits, conversion, 0);
 }
 
 // At most so many UTF-16 units of the text, characters kept whole.

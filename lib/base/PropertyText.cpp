@@ -1,11 +1,10 @@
 #include "lib/base/PropertyText.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <chrono>
 
 #include "lib/base/Format.h"
+#include "lib/base/RealText.h"
 #include "lib/base/Text.h"
 #include "platform/ports/Host.h"
 
@@ -21,12 +20,6 @@ constexpr std::size_t mostBytesShown = 24;
 void appendDigits(std::string& text, unsigned number, std::size_t digits) {
     const std::string decimal = std::to_string(number);
     text.append(digits > decimal.size() ? digits - decimal.size() : 0, '0').append(decimal);
-}
-
-std::string shortestReal(double number) {
-    std::array<char, 32> digits{};
-    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-    return {digits.data(), written.ptr};
 }
 
 void appendHexadecimal(std::string& text, std::span<const std::uint8_t> bytes) {

@@ -125,7 +125,8 @@ public:
         // All of it, or a failure. What a failure left of it is ended by a line break in front of the next piece.
         virtual Failure append(std::string_view bytes) = 0;
     };
-    // None when the file does not exist (it is never created) or cannot be opened for writing.
+    // None when there is no file (it is never created), something else stands there, or it cannot be opened for
+    // writing.
     virtual std::unique_ptr<AppendHandle> openForAppending(const std::string& path) = 0;
 };
 

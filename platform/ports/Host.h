@@ -16,13 +16,15 @@
 #include "platform/ports/PropertyLists.h"
 #include "platform/ports/StandardFolders.h"
 #include "platform/ports/SystemInfo.h"
+#include "platform/ports/UncaughtExceptions.h"
 #include "platform/ports/UserDefaults.h"
 #include "platform/ports/Workspace.h"
 
 namespace platform {
 
-// Non-owning; the services live until the process ends. The last three may be missing: a program without windows has no
-// application and no alerts, a host without administrator rights no authorization.
+// Non-owning; the services live until the process ends. The last four may be missing: nobody may hear of uncaught
+// exceptions, a program without windows has no application and no alerts, a host without administrator rights no
+// authorization.
 struct Host {
     FileManager* files = nullptr;
     OpenFiles* openFiles = nullptr;
@@ -38,6 +40,7 @@ struct Host {
     UserDefaults* defaults = nullptr;
     Digests* digests = nullptr;
     BackgroundQueue* background = nullptr;
+    UncaughtExceptions* exceptions = nullptr;
     Application* application = nullptr;
     Alerts* alerts = nullptr;
     Authorization* authorization = nullptr;

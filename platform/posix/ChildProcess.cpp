@@ -4,9 +4,9 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 #include <utility>
 
+#include "platform/posix/FileErrors.h"
 #include "platform/posix/Pipe.h"
 #include "platform/posix/Reaper.h"
 
@@ -49,7 +49,7 @@ Failure ChildProcess::openStreams(Ends& ends) {
         (m_options.output == ProcessOptions::Output::pipe && !open(output, ends.output, false)) ||
         (m_options.error == ProcessOptions::Output::pipe && !open(error, ends.error, false))) {
         const int code = errno;
-        return Error{code, "no pipe for " + m_options.path + " (" + std::generic_category().message(code) + ")"};
+        return Error{code, "no pipe for " + m_options.path + " (" + meaningOf(code) + ")"};
     }
     m_streams.open(std::move(output), std::move(error));
     return std::nullopt;

@@ -46,7 +46,8 @@ ExitState exitState(pid_t child, Blocking blocking) {
     } else if (info.si_pid == child) {
         state.ended = true;
         state.bySignal = info.si_code != CLD_EXITED;
-        state.status = info.si_status;
+        // Darwin hands on all that the tool has given to exit, and only the first time.
+        state.status = state.bySignal ? info.si_status : info.si_status & 0xff;
     }
     return state;
 }

@@ -17,7 +17,7 @@ struct ExitState {
     bool ended = false;
     bool bySignal = false;
     bool reapedElsewhere = false;  // ended, but the host no longer says how; the status is -1
-    int status = 0;                // exit code or number of the signal
+    int status = 0;                // exit code, 0 to 255, or number of the signal
 };
 
 enum class Blocking { no, yes };

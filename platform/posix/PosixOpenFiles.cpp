@@ -6,10 +6,10 @@
 
 #include <cerrno>
 #include <cstring>
-#include <system_error>
 #include <utility>
 
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/FileErrors.h"
 
 namespace platform::posix {
 
@@ -99,7 +99,7 @@ public:
         if (code == 0) {
             return {};
         }
-        return Error{code, "Cannot set the attributes of “" + m_path + "”: " + std::generic_category().message(code)};
+        return fileError("set the attributes of", m_path, code);
     }
 
     int close() override { return ::close(m_descriptor.release()) != 0 ? errno : 0; }

@@ -1,5 +1,8 @@
 #include "platform/posix/Spawn.h"
+#include "platform/posix/ArgumentPointers.h"
+#include "platform/posix/FileErrors.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <unistd.h>
@@ -7,7 +10,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #if defined(__APPLE__)
@@ -28,7 +30,14 @@ public:
     void use(int descriptor, int asStream) {
         if (descriptor >= 0) {
             ::posix_spawn_file_actions_adddup2(&m_actions, descriptor, asStream);
+            return;
         }
+#if defined(__APPLE__)
+        // POSIX_SPAWN_CLOEXEC_DEFAULT closes the standard streams, too, unless they are named.
+        if (::fcntl(asStream, F_GETFD) != -1) {
+            ::posix_spawn_file_actions_addinherit_np(&m_actions, asStream);
+        }
+#endif
     }
     // Closes what libraries or the program's parent left inheritable.
     void closeTheRest() {
@@ -76,16 +85,6 @@ char** inheritedEnvironment() {
 #endif
 }
 
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (auto& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 bool holdsNul(const std::string& text) { return text.find('\0') != std::string::npos; }
 
 // The system would silently cut such a text short.
@@ -115,7 +114,7 @@ Error describe(int code, const std::string& path) {
         default:
             break;
     }
-    const std::string reason = std::generic_category().message(code);
+    const std::string reason = meaningOf(code);
     if (code == ENOENT || code == EACCES || code == ENOTDIR || code == ELOOP || code == ENAMETOOLONG) {
         return {code, "launch path not accessible: " + path + " (" + reason + ")"};
     }

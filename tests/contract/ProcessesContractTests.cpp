@@ -170,4 +170,36 @@ TYPED_TEST(ALauncher, EndsTheStreamsWhenTheyAreClosed) {
     process->kill();
 }
 
+class ARealTool : public testing::Test {
+protected:
+    static std::shared_ptr<Process> launched(const ProcessOptions& options) {
+        auto process = platform::posix::ProcessLauncher().make(options);
+        EXPECT_FALSE(process->launch());
+        process->waitUntilExit();
+        return process;
+    }
+};
+
+TEST_F(ARealTool, WritesToTheProgramsOwnStreamsWhenToldSo) {
+    ProcessOptions options;
+    options.path = "/bin/bash";
+    options.arguments = {"-c", "echo out; echo error >&2"};
+    options.output = options.error = ProcessOptions::Output::inherit;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    launched(options);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "out\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error\n");
+}
+
+TEST_F(ARealTool, GivesTheLowestEightBitsOfItsExitCode) {
+    ProcessOptions options;
+    options.path = "/usr/bin/awk";
+    options.arguments = {"BEGIN { exit 300 }"};
+    const auto process = launched(options);
+    EXPECT_EQ(process->terminationStatus(), 44);
+    EXPECT_EQ(process->terminationStatus(), 44);
+    EXPECT_FALSE(process->endedBySignal());
+}
+
 }  // namespace

@@ -13,6 +13,7 @@
 #include "tests/fakes/FakeMainThread.h"
 #include "tests/fakes/FakeStandardFolders.h"
 #include "tests/fakes/FakeSystemInfo.h"
+#include "tests/fakes/FakeUncaughtExceptions.h"
 #include "tests/fakes/FakeUserDefaults.h"
 #include "tests/fakes/FakeWorkspace.h"
 #include "tests/fakes/TemporaryFolder.h"

@@ -1,4 +1,5 @@
 #include "tests/fault/FaultRun.h"
+#include "platform/posix/ArgumentPointers.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -22,16 +23,6 @@ constexpr int mostCalls = 1000;
 std::string readText(const std::string& path) {
     std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), {}};
-}
-
-std::vector<char*> pointers(std::vector<std::string>& words) {
-    std::vector<char*> list;
-    list.reserve(words.size() + 1);
-    for (std::string& word : words) {
-        list.push_back(word.data());
-    }
-    list.push_back(nullptr);
-    return list;
 }
 
 std::vector<std::string> environment(const Fault& fault, const std::string& report) {
@@ -67,7 +58,8 @@ Outcome run(const std::vector<std::string>& words, const Fault& fault) {
     ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (folder / "errors").c_str(), O_WRONLY | O_CREAT, 0600);
     pid_t child = 0;
     const int refused =
-        ::posix_spawn(&child, FAULT_DRIVER, &actions, nullptr, pointers(command).data(), pointers(variables).data());
+        ::posix_spawn(&child, FAULT_DRIVER, &actions, nullptr, platform::posix::pointersTo(command).data(),
+                      platform::posix::pointersTo(variables).data());
     ::posix_spawn_file_actions_destroy(&actions);
     if (refused != 0) {
         ADD_FAILURE() << "the driver does not start: " << refused;

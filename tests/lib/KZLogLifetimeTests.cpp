@@ -5,6 +5,7 @@
 #include <csignal>
 #include <stdexcept>
 
+#include "tests/fakes/FakeUncaughtExceptions.h"
 #include "tests/lib/LogFixture.h"
 
 namespace {
@@ -44,6 +45,24 @@ TEST_F(SharedLog, ListensOnceForTheEndOfTheApplication) {
     KZLog::sharedController();
     KZLog::sharedController();
     EXPECT_EQ(application.observers.size(), 1U);
+}
+
+TEST_F(SharedLog, WritesTheReasonOfAnExceptionThatNobodyCatches) {
+    fakes::FakeUncaughtExceptions exceptions;
+    platform::Host host = makeHost();
+    host.exceptions = &exceptions;
+    const platform::ScopedHost scope(host);
+    KZLog::createNewLog("Test");
+    EXPECT_EQ(printed([&] { exceptions.raise("the roof is at 100%, and 3%@ of it leak"); }),
+              "the roof is at 100%%, and 3 of it leak\n");
+    EXPECT_EQ(read(log(1)).substr(read(log(1)).rfind(" - ")), " - the roof is at 100%, and 3%@ of it leak\n");
+}
+
+TEST_F(SharedLog, IsMadeOnAHostThatTellsOfNoExceptions) {
+    platform::Host host = makeHost();
+    host.exceptions = nullptr;
+    const platform::ScopedHost scope(host);
+    EXPECT_NE(KZLog::sharedController(), nullptr);
 }
 
 class LogShutdown : public LogFixture {

@@ -74,11 +74,16 @@ TEST_F(FullDisk, RewrittenFileKeepsItsOldContents) {
 }
 
 TEST_F(FullDisk, AppendReportsThatTheDiskIsFull) {
-    const auto handle = m_files.openForAppending("/dev/full");
-    ASSERT_TRUE(handle);
-    const auto failed = handle->append("x");
-    ASSERT_TRUE(failed);
-    EXPECT_EQ(failed->code, ENOSPC);
+    const int result = onSmallDisk([&] {
+        write("disk/log", "");
+        const auto handle = m_files.openForAppending(at("disk/log"));
+        const auto failed = handle ? handle->append(std::string(2'000'000, 'x')) : platform::Failure{};
+        return failed && failed->code == ENOSPC ? 0 : 1;
+    });
+    if (result == noMount) {
+        GTEST_SKIP() << "no right to mount a file system";
+    }
+    EXPECT_EQ(result, 0);
 }
 
 }  // namespace

@@ -73,34 +73,6 @@ TEST_F(Files, PathWithANulInItIsRefusedWhereSomethingWouldChange) {
     EXPECT_EQ(read("file"), "x");
 }
 
-TEST_F(Files, ReplacementIsClosedToOthersUntilItIsComplete) {
-    write("secret", "old");
-    setMode("secret", 0600);
-    const std::string contents(std::size_t{32} << 20U, 'x');
-    std::atomic<bool> over{false};
-    std::atomic<unsigned> granted{0};
-    std::atomic<int> looks{0};
-    std::thread observer([&] {
-        while (!over) {
-            for (const auto& name : names(".")) {
-                struct stat status {};
-                if (name.starts_with(".wickfield-") && ::lstat(at(name).c_str(), &status) == 0) {
-                    granted |= status.st_mode & 0077U;
-                    ++looks;
-                }
-            }
-        }
-    });
-    for (int i = 0; i < 50 && looks < 10; ++i) {
-        EXPECT_FALSE(m_files.writeAtomically(at("secret"), contents));
-    }
-    over = true;
-    observer.join();
-    EXPECT_GE(looks, 10);
-    EXPECT_EQ(granted, 0U);
-    EXPECT_EQ(status("secret").st_mode & 0777U, 0600U);
-}
-
 TEST_F(Files, LockOfALinkLeavesItsTargetAlone) {
     write("file", "x");
     link("link", "file");
@@ -197,69 +169,9 @@ TEST_F(Files, ChainMadeByTwoThreadsAtOnceSucceedsForBoth) {
     EXPECT_EQ(failures, 0);
 }
 
-TEST_F(Files, NothingButFilesIsRead) {
-    ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
-    makeFolder("folder");
-    EXPECT_EQ(m_files.readFile(at("pipe"), 10), std::nullopt);
-    EXPECT_EQ(m_files.readFile(at("folder"), 10), std::nullopt);
-    EXPECT_EQ(m_files.readFile("/dev/zero", 10), std::nullopt);
-}
-
 TEST_F(Files, FileThatDoesNotKnowItsSizeIsReadUpToTheLimit) {
     EXPECT_NE(m_files.readFile("/proc/self/status", 1'000'000)->find("Pid:"), std::string::npos);
     EXPECT_EQ(m_files.readFile("/proc/self/status", 10), std::nullopt);
-}
-
-TEST_F(Files, TwoWhoAppendNeverOverwriteEachOther) {
-    write("log", "");
-    const auto one = m_files.openForAppending(at("log"));
-    const auto two = m_files.openForAppending(at("log"));
-    for (int i = 0; i < 100; ++i) {
-        ASSERT_FALSE(one->append("a"));
-        ASSERT_FALSE(two->append("bb"));
-    }
-    EXPECT_EQ(read("log").size(), 300U);
-}
-
-TEST_F(Files, AppendingToAFolderOrAPipeWithoutReaderIsNone) {
-    makeFolder("folder");
-    ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
-    EXPECT_EQ(m_files.openForAppending(at("folder")), nullptr);
-    EXPECT_EQ(m_files.openForAppending(at("pipe")), nullptr);
-}
-
-TEST_F(Files, NewFileHasTheModeThatTheMaskLeaves) {
-    const mode_t mask = ::umask(027);
-    EXPECT_FALSE(m_files.writeAtomically(at("file"), "x"));
-    ::umask(mask);
-    EXPECT_EQ(status("file").st_mode & 0777U, 0640U);
-}
-
-TEST_F(Files, DanglingLinkIsReplacedByTheFile) {
-    link("link", "nowhere");
-    EXPECT_FALSE(m_files.writeAtomically(at("link"), "x"));
-    EXPECT_EQ(m_files.attributes(at("link"))->type, FileType::regular);
-    EXPECT_FALSE(isThere("nowhere"));
-}
-
-TEST_F(Files, ReaderSeesTheOldContentsOrTheNewOnesWhole) {
-    const std::string old(100'000, 'o');
-    const std::string fresh(100'000, 'n');
-    write("file", old);
-    std::atomic<bool> done{false};
-    std::atomic<int> torn{0};
-    std::thread reader([&] {
-        while (!done) {
-            const auto text = m_files.readFile(at("file"), 1'000'000);
-            torn += text && (*text == old || *text == fresh) ? 0 : 1;
-        }
-    });
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_FALSE(m_files.writeAtomically(at("file"), i % 2 == 0 ? fresh : old));
-    }
-    done = true;
-    reader.join();
-    EXPECT_EQ(torn, 0);
 }
 
 TEST_F(Files, FailureNamesThePathAndEndsWithoutAFullStop) {

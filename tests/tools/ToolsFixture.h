@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/posix/ArgumentPointers.h"
 #include "tests/fakes/TemporaryFolder.h"
 
 class ToolsFixture : public ::testing::Test {
@@ -67,8 +68,8 @@ protected:
     std::vector<std::string> tree() const { return tree("."); }
 
     // `prepare` runs in the child before the program.
-    Outcome run(std::vector<std::string> command, const std::function<void()>& prepare = {}) const {
-        const pid_t child = start(std::move(command), prepare);
+    Outcome run(const std::vector<std::string>& command, const std::function<void()>& prepare = {}) const {
+        const pid_t child = start(command, prepare);
         int status = 0;
         ::waitpid(child, &status, 0);
         return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), read(".output"), read(".errors")};
@@ -76,14 +77,10 @@ protected:
     Outcome tool(const std::string& name, std::vector<std::string> arguments,
                  const std::function<void()>& prepare = {}) const {
         arguments.insert(arguments.begin(), toolPath(name));
-        return run(std::move(arguments), prepare);
+        return run(arguments, prepare);
     }
-    pid_t start(std::vector<std::string> command, const std::function<void()>& prepare = {}) const {
-        std::vector<char*> words;
-        for (auto& word : command) {
-            words.push_back(word.data());
-        }
-        words.push_back(nullptr);
+    pid_t start(const std::vector<std::string>& command, const std::function<void()>& prepare = {}) const {
+        const auto words = platform::posix::pointersTo(command);
         const pid_t child = ::fork();
         if (child == 0) {
             redirect(STDOUT_FILENO, ".output");

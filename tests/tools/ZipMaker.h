@@ -49,7 +49,7 @@ inline std::string deflated(const std::string& contents) {
 
 class ZipMaker {
 public:
-    ZipMaker& add(RawEntry entry) {
+    ZipMaker& add(const RawEntry& entry) {
         const std::string data = entry.packed.value_or(entry.contents);
         const std::string localName = entry.localName.value_or(entry.name);
         const auto offset = entry.offset.value_or(static_cast<std::uint32_t>(m_bytes.size()));

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "platform/posix/Pipe.h"
+#include "platform/posix/WriteAll.h"
 
 // The build names the file whose bytes these are.
 asm(".pushsection .rodata\n"
@@ -36,17 +37,6 @@ std::string_view helperBytes() {
     return {wickfield_helper_begin, static_cast<std::size_t>(wickfield_helper_end - wickfield_helper_begin)};
 }
 
-bool writeAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
-    }
-    return true;
-}
-
 // Kernels that can refuse to execute memory want to be told that this is meant to be executed.
 int makeMemory() {
 #if !defined(MFD_EXEC)
@@ -68,7 +58,8 @@ std::string pathOf(int descriptor) {
 HelperImage::HelperImage() {
     constexpr int seals = F_SEAL_WRITE | F_SEAL_GROW | F_SEAL_SHRINK | F_SEAL_SEAL;
     const posix::Descriptor memory(makeMemory());
-    if (!memory || !writeAll(memory.get(), helperBytes()) || ::fcntl(memory.get(), F_ADD_SEALS, seals) != 0) {
+    std::string_view bytes = helperBytes();
+    if (!memory || posix::writeAll(memory.get(), bytes) != 0 || ::fcntl(memory.get(), F_ADD_SEALS, seals) != 0) {
         m_error = errno;
         return;
     }

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/posix/ArgumentPointers.h"
 #include "platform/posix/ExitWatch.h"
 #include "platform/posix/Pipe.h"
 #include "platform/posix/Reaper.h"
@@ -37,16 +38,6 @@ std::optional<SocketPair> makeSocketPair() {
         return std::nullopt;
     }
     return pair;
-}
-
-std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (const auto& text : texts) {
-        pointers.push_back(const_cast<char*>(text.c_str()));
-    }
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 struct ChildDescriptors {
@@ -76,8 +67,8 @@ int spawn(const std::vector<std::string>& command, const std::optional<std::vect
     ::posix_spawnattr_setsigmask(&attributes, &signals);
     sigfillset(&signals);
     ::posix_spawnattr_setsigdefault(&attributes, &signals);
-    const auto arguments = pointersTo(command);
-    const auto variables = environment ? pointersTo(*environment) : std::vector<char*>{};
+    const auto arguments = posix::pointersTo(command);
+    const auto variables = environment ? posix::pointersTo(*environment) : std::vector<char*>{};
     const int error = ::posix_spawn(&child, command.front().c_str(), &actions, &attributes, arguments.data(),
                                     environment ? variables.data() : environ);
     ::posix_spawnattr_destroy(&attributes);

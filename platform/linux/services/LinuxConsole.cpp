@@ -3,33 +3,20 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <string_view>
 
 #include "platform/linux/services/ConsoleText.h"
+#include "platform/posix/WriteAll.h"
 
 namespace platform::linux_host {
 
-namespace {
-
-// In one call where the stream takes it, so that lines of several threads and processes stay whole.
-void writeAll(std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
-        if (written > 0) {
-            text.remove_prefix(static_cast<std::size_t>(written));
-        } else if (written == 0 || errno != EINTR) {
-            return;  // a console that is gone is nobody's failure
-        }
-    }
-}
-
-}  // namespace
-
 void LinuxConsole::log(const std::string& line) {
-    const std::string shown = consoleLine(line);
-    writeAll(shown + '\n');
-    ::syslog(LOG_USER | LOG_NOTICE, "%s", shown.c_str());
+    const std::string shown = consoleLine(line) + '\n';
+    // In one call where the stream takes it, so that lines of several threads and processes stay whole. A console that
+    // is gone is nobody's failure.
+    std::string_view left = shown;
+    (void)posix::writeAll(STDERR_FILENO, left);
+    ::syslog(LOG_USER | LOG_NOTICE, "%.*s", static_cast<int>(shown.size() - 1), shown.c_str());
 }
 
 }  // namespace platform::linux_host

@@ -15,9 +15,11 @@
 #include "platform/linux/services/propertylists/LinuxPropertyLists.h"
 #include "platform/linux/services/workspace/LinuxWorkspace.h"
 #include "platform/posix/BackgroundWorkers.h"
+#include "platform/posix/HostOf.h"
 #include "platform/posix/MainQueue.h"
 #include "platform/posix/PosixOpenFiles.h"
 #include "platform/posix/ProcessLauncher.h"
+#include "platform/posix/TerminateHandler.h"
 
 namespace platform::linux_host {
 
@@ -51,25 +53,11 @@ struct Services {
     LinuxUserDefaults defaults{LinuxUserDefaults::Services{files, propertyLists, bundle, identity}};
     OpenSSLDigests digests;
     posix::BackgroundWorkers background;
-    Host host;
+    posix::TerminateHandler exceptions;
+    Host host = posix::hostOf(*this);
 
     explicit Services(const std::optional<std::string>& toolsFolder)
-        : processes(toolsIn(toolsFolder.value_or(usualToolsFolder(bundle.executablePath())))) {
-        host.files = &files;
-        host.openFiles = &openFiles;
-        host.workspace = &workspace;
-        host.folders = &folders;
-        host.identity = &identity;
-        host.system = &system;
-        host.bundle = &bundle;
-        host.propertyLists = &propertyLists;
-        host.processes = &processes;
-        host.mainThread = &mainThread;
-        host.console = &console;
-        host.defaults = &defaults;
-        host.digests = &digests;
-        host.background = &background;
-    }
+        : processes(toolsIn(toolsFolder.value_or(usualToolsFolder(bundle.executablePath())))) {}
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 #import "platform/macos/appkit/AppKitAlerts.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 #import "platform/macos/appkit/AppKitControls.h"
 #import "platform/macos/appkit/AppKitText.h"
@@ -25,19 +27,55 @@ NSString* titleOrNil(const std::optional<std::string>& title) {
 
 // Nothing when the end has been cleared meanwhile. An alert that cannot be shown is answered: somebody may be waiting.
 void showOn(NSWindow* window, NSAlert* alert, WickfieldCallback* end) {
-    const bool shown = guarded("showing an alert", [=] {
-        if ([end isCleared]) {
-            return;
-        }
-        [end keepUntilEnd];
-        [alert beginSheetModalForWindow:window
-                          modalDelegate:end
-                         didEndSelector:@selector(sheetDidEnd:returnCode:contextInfo:)
-                            contextInfo:nullptr];
-    });
+    const bool shown = alert != nil && guarded("showing an alert", [=] {
+                           if ([end isCleared]) {
+                               return;
+                           }
+                           [end keepUntilEnd];
+                           [alert beginSheetModalForWindow:window
+                                             modalDelegate:end
+                                            didEndSelector:@selector(sheetDidEnd:returnCode:contextInfo:)
+                                               contextInfo:nullptr];
+                       });
     if (!shown) {
         [end sheetDidEnd:alert returnCode:notShown contextInfo:nullptr];
     }
+}
+
+// An alert without a window while it runs a loop of its own.
+struct Loop {
+    NSWindow* window;
+    bool left;  // to end as soon as it is the innermost, which alone can be ended
+};
+
+std::vector<Loop>& loops() {
+    static auto* const running = new std::vector<Loop>;
+    return *running;
+}
+
+void endInnermost() {
+    if (!loops().empty() && loops().back().left && [NSApp modalWindow] == loops().back().window) {
+        [NSApp stopModal];
+        wakeEventLoop();
+    }
+}
+
+void showAlone(NSAlert* alert, WickfieldCallback* end) {
+    loops().push_back({[alert window], false});
+    showOn(nil, alert, end);
+    loops().pop_back();
+    guarded("ending an alert", endInnermost);
+}
+
+// False when the window runs no loop.
+bool leaveLoop(NSWindow* window) {
+    const auto found = std::ranges::find(loops(), window, &Loop::window);
+    if (found == loops().end()) {
+        return false;
+    }
+    found->left = true;
+    endInnermost();
+    return true;
 }
 
 }  // namespace
@@ -105,7 +143,7 @@ void AppKitAlert::begin(Window* parent, std::function<void(long)> didEnd) {
     }
     // From the event loop: without a window it may well run a loop of its own until it is answered.
     host().mainThread->perform([alert = [m_alert retain], end = [m_end retain]] {
-        showOn(nil, alert, end);
+        showAlone(alert, end);
         [alert release];
         [end release];
     });
@@ -140,19 +178,16 @@ void AppKitAlert::takeAway() {
     if (m_end == nil) {
         return;
     }
+    WickfieldCallback* const end = std::exchange(m_end, nil);
+    [end clear];
     guarded("taking an alert away", [this] {
-        WickfieldCallback* const end = std::exchange(m_end, nil);
         NSWindow* const window = [m_alert window];
-        [end clear];
-        if ([NSApp modalWindow] == window) {  // a free-standing one that runs a loop of its own
-            [NSApp stopModal];
-            wakeEventLoop();
-        } else {
+        if (!leaveLoop(window) && [window isSheet]) {
             [NSApp endSheet:window];
         }
         [window orderOut:nil];
-        [end release];
     });
+    [end release];
 }
 
 std::unique_ptr<Alert> AppKitAlerts::make(const AlertContents& contents) {

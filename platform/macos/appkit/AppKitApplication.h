@@ -18,6 +18,7 @@ public:
     // Does not return: the process ends, after its will-terminate observers.
     void terminate() override;
     void onWillTerminate(std::function<void()> observer) override;
+    // A sheet that cannot be shown ends the application: its parent is not to be used without it.
     void beginSheet(Window& sheet, Window& parent, std::function<void()> didEnd) override;
     void endSheet(Window& sheet) override;
     void runAlertPanel(const std::string& title, const std::string& message) override;

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <utility>
 
+#import "platform/macos/appkit/AgreementText.h"
 #import "platform/macos/appkit/AppKitControls.h"
 #include "platform/macos/appkit/Callout.h"
 #import "platform/macos/foundation/Guarded.h"
@@ -21,7 +22,14 @@ NSString* kindOfFile(NSString* path) {
 }  // namespace
 
 void AppKitApplication::terminate() {
-    if (!m_finished && !guarded("terminating", [] { [NSApp terminate:nil]; })) {
+    const auto end = [] {
+        // Refused otherwise while an alert panel is up.
+        for (NSWindow* window in [NSApp windows]) {
+            [window setPreventsApplicationTerminationWhenModal:NO];
+        }
+        [NSApp terminate:nil];
+    };
+    if (!m_finished && !guarded("terminating", end)) {
         finish();
         std::_Exit(EXIT_FAILURE);  // better than a process without windows that nobody can end
     }
@@ -57,18 +65,24 @@ void AppKitApplication::beginSheet(Window& sheet, Window& parent, std::function<
         return;
     }
     endSheet(sheet);
-    guarded("showing a sheet", [&] {
-        NSWindow* const shown = contents->window();
-        WickfieldCallback* const end =
-            [WickfieldCallback callbackWithWork:[this, shown, didEnd](long) { sheetEnded(shown, didEnd); }];
+    NSWindow* const shown = contents->window();
+    WickfieldCallback* const end =
+        [WickfieldCallback callbackWithWork:[this, shown, didEnd](long) { sheetEnded(shown, didEnd); }];
+    m_sheets[shown] = end;
+    const bool isUp = guarded("showing a sheet", [&] {
         [end keepUntilEnd];
-        m_sheets[shown] = end;
         [NSApp beginSheet:shown
             modalForWindow:window->window()
              modalDelegate:end
             didEndSelector:@selector(sheetDidEnd:returnCode:contextInfo:)
                contextInfo:nullptr];
     });
+    if (!isUp) {  // the window would be free to be used without what the sheet asks
+        m_sheets.erase(shown);
+        [end clear];
+        [end sheetDidEnd:shown returnCode:0 contextInfo:nullptr];
+        terminate();
+    }
 }
 
 void AppKitApplication::sheetEnded(NSWindow* sheet, const std::function<void()>& didEnd) {
@@ -87,7 +101,8 @@ void AppKitApplication::endSheet(Window& sheet) {
 void AppKitApplication::runAlertPanel(const std::string& title, const std::string& message) {
     guarded("showing an alert panel", [&] {
         [NSApp activateIgnoringOtherApps:YES];
-        NSRunAlertPanel(toNS(title), @"%@", nil, nil, nil, toNS(message));
+        NSString* const none = nil;  // the host's default button then
+        NSRunAlertPanel(toNS(title), @"%@", none, none, none, toNS(message));
     });
 }
 
@@ -114,8 +129,7 @@ std::unique_ptr<Document> AppKitApplication::loadDocument(const std::string& pat
         if (![kind isEqualToString:NSFileTypeRegular] && ![kind isEqualToString:NSFileTypeDirectory]) {
             return;
         }
-        NSAttributedString* const text = [[[NSAttributedString alloc] initWithPath:file
-                                                                documentAttributes:nullptr] autorelease];
+        NSAttributedString* const text = agreementText(file);
         if (text != nil) {
             loaded = std::make_unique<AppKitDocument>(text);
         }

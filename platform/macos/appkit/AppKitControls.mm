@@ -23,6 +23,23 @@ void textChanged(NSTextField* field) {
     [[field superview] resizeSubviewsWithOldSize:[[field superview] frame].size];
 }
 
+// A white ground that a document brings along would hide white text on it: behind words, and in tables.
+void removeGrounds(NSTextStorage* storage) {
+    [storage removeAttribute:NSBackgroundColorAttributeName range:NSMakeRange(0, [storage length])];
+    NSRange range = NSMakeRange(0, 0);
+    for (NSUInteger index = 0; index < [storage length]; index = NSMaxRange(range)) {
+        NSParagraphStyle* const style = [storage attribute:NSParagraphStyleAttributeName
+                                                   atIndex:index
+                                            effectiveRange:&range];
+        for (NSTextBlock* block in [style textBlocks]) {
+            [block setBackgroundColor:nil];
+            if ([block isKindOfClass:[NSTextTableBlock class]]) {
+                [[static_cast<NSTextTableBlock*>(block) table] setBackgroundColor:nil];
+            }
+        }
+    }
+}
+
 }  // namespace
 
 void AppKitTextField::setHidden(bool hidden) { hide(m_field, hidden); }
@@ -96,8 +113,7 @@ void AppKitTextView::setStandardTextColor() {
     guarded("colouring a document", [&] {
         NSTextStorage* const storage = [m_view textStorage];
         [storage beginEditing];
-        // A white ground that a document brings along would hide white text on it.
-        [storage removeAttribute:NSBackgroundColorAttributeName range:NSMakeRange(0, [storage length])];
+        removeGrounds(storage);
         [storage endEditing];
         [m_view setTextColor:[NSColor textColor]];
     });

@@ -1,5 +1,6 @@
 #import "platform/macos/appkit/AppKitText.h"
 
+#include "platform/macos/appkit/Callout.h"
 #import "platform/macos/foundation/Text.h"
 #include "platform/ports/Host.h"
 
@@ -65,7 +66,7 @@ void openLink(NSString* address) {
     NSArray* const safe = [NSArray arrayWithObjects:@"https", @"http", @"mailto", nil];
     auto* const workspace = host().workspace;
     if (scheme != nil && [safe containsObject:scheme] && workspace != nullptr) {
-        workspace->openURL(fromNS(address));
+        callOut([workspace, address] { workspace->openURL(fromNS(address)); });
     }
 }
 

@@ -82,14 +82,13 @@ Host makeHost(macos::AppKitApplication* application) {
     return services;
 }
 
-}  // namespace
-
 // What is made here is never destroyed: threads of the installation may use it to the process's very end.
-int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
-    posix::prepareProcess();
-    NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
+void setUp(const MakeDelegate& makeDelegate) {
     [NSApplication sharedApplication];
-
+    if (![NSThread isMultiThreaded]) {
+        // Cocoa has no locks before its own first thread, and those of C++ are none of its own.
+        [NSThread detachNewThreadSelector:@selector(class) toTarget:[NSObject class] withObject:nil];
+    }
     auto* const application = new macos::AppKitApplication;
     setHost(makeHost(application));
     // The first that exit() runs, as it is the last to be registered.
@@ -104,7 +103,15 @@ int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
     [NSApp setDelegate:controller];
     NSString* const name = [[NSBundle mainBundle] objectForInfoDictionaryKey:@"CFBundleName"];
     macos::installMainMenu(name != nil ? name : [[NSProcessInfo processInfo] processName]);
-    [pool release];
+}
+
+}  // namespace
+
+int applicationMain(int argc, char** argv, MakeDelegate makeDelegate) {
+    posix::prepareProcess();
+    if (!macos::guarded("starting", [&makeDelegate] { setUp(makeDelegate); })) {
+        return EXIT_FAILURE;
+    }
     return NSApplicationMain(argc, const_cast<const char**>(argv));
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #import "platform/macos/appkit/AppKitText.h"
+#import "platform/macos/appkit/LinkField.h"
 #import "platform/macos/appkit/ViewParts.h"
 
 using platform::macos::addButton;
@@ -46,6 +47,11 @@ constexpr CGFloat leastLinkWidth = 90;
     [self setNeedsDisplay:YES];
 }
 
+// An image view may show its image by other means than drawRect:.
+- (BOOL)wantsUpdateLayer {
+    return NO;
+}
+
 - (void)drawRect:(NSRect)dirty {
     static_cast<void>(dirty);
     const NSRect bounds = [self bounds];
@@ -76,7 +82,8 @@ constexpr CGFloat leastLinkWidth = 90;
         versionCaption = addLabel(self, @"Version", usual);
         textPluginVersion = addLabel(self, @"1.0", usual);
         textPluginAuthor = addLabel(self, @"by Author", usual);
-        tallowmereLinkText = addWrappingLabel(self, @"", [NSFont systemFontOfSize:[NSFont smallSystemFontSize]]);
+        tallowmereLinkText = addWrappingLabel(self, [WickfieldLinkField class], @"",
+                                              [NSFont systemFontOfSize:[NSFont smallSystemFontSize]]);
         spinner = [[[NSProgressIndicator alloc] initWithFrame:NSZeroRect] autorelease];
         [spinner setStyle:NSProgressIndicatorStyleSpinning];
         [spinner setControlSize:NSControlSizeSmall];
@@ -151,7 +158,7 @@ constexpr CGFloat leastLinkWidth = 90;
 - (instancetype)initWithFrame:(NSRect)frame {
     self = [super initWithFrame:frame];
     if (self != nil) {
-        caption = addWrappingLabel(self, @"Please read the licence agreement before you install.",
+        caption = addWrappingLabel(self, [NSTextField class], @"Please read the licence agreement before you install.",
                                    [NSFont systemFontOfSize:[NSFont systemFontSize]]);
         [self addText];
         btnDisagree = addButton(self, @"Disagree", @"\033");

@@ -114,16 +114,22 @@ void MainWindow::connectActions(ApplicationDelegate& delegate) {
 }
 
 void MainWindow::present() {
-    NSScreen* const screen = [NSScreen mainScreen];
-    if (screen != nil) {
-        const NSRect area = [screen visibleFrame];
-        NSRect frame = [m_window frame];
-        frame.size.width = std::min(frame.size.width, area.size.width);
-        frame.size.height = std::min(frame.size.height, area.size.height);
-        [m_window setFrame:frame display:NO];
-    }
-    [m_window center];
-    [m_window makeKeyAndOrderFront:nil];
+    guarded("showing the window", [this] {
+        NSScreen* const screen = [NSScreen mainScreen];
+        if (screen != nil) {
+            const NSRect area = [screen visibleFrame];
+            NSRect frame = [m_window frame];
+            frame.size.width = std::min(frame.size.width, area.size.width);
+            frame.size.height = std::min(frame.size.height, area.size.height);
+            [m_window setFrame:frame display:NO];
+        }
+        [m_window center];
+        [m_window makeKeyAndOrderFront:nil];
+        if (![NSApp isFullKeyboardAccessEnabled]) {
+            // Buttons are passed over then, and the next that takes the keyboard is the link, which nobody asked for.
+            [m_window makeFirstResponder:nil];
+        }
+    });
 }
 
 }  // namespace platform::macos

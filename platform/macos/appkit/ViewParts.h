@@ -8,8 +8,8 @@ namespace platform::macos {
 // Text that can be neither edited nor selected; one line, cut off at its end.
 NSTextField* addLabel(NSView* view, NSString* text, NSFont* font);
 
-// The same over as many lines as it needs.
-NSTextField* addWrappingLabel(NSView* view, NSString* text, NSFont* font);
+// The same over as many lines as it needs, of NSTextField or a class below it.
+NSTextField* addWrappingLabel(NSView* view, Class kind, NSString* text, NSFont* font);
 
 // A push button without an action.
 NSButton* addButton(NSView* view, NSString* title, NSString* keyEquivalent);

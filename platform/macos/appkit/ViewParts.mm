@@ -9,11 +9,10 @@ namespace {
 
 constexpr CGFloat leastButtonWidth = 84;
 constexpr CGFloat tallest = 10000;
+constexpr CGFloat cellMargins = 4;
 
-}  // namespace
-
-NSTextField* addLabel(NSView* view, NSString* text, NSFont* font) {
-    NSTextField* const label = [[[NSTextField alloc] initWithFrame:NSZeroRect] autorelease];
+NSTextField* add(NSView* view, Class kind, NSString* text, NSFont* font) {
+    NSTextField* const label = [[[kind alloc] initWithFrame:NSZeroRect] autorelease];
     [label setBezeled:NO];
     [label setBordered:NO];
     [label setDrawsBackground:NO];
@@ -28,8 +27,12 @@ NSTextField* addLabel(NSView* view, NSString* text, NSFont* font) {
     return label;
 }
 
-NSTextField* addWrappingLabel(NSView* view, NSString* text, NSFont* font) {
-    NSTextField* const label = addLabel(view, text, font);
+}  // namespace
+
+NSTextField* addLabel(NSView* view, NSString* text, NSFont* font) { return add(view, [NSTextField class], text, font); }
+
+NSTextField* addWrappingLabel(NSView* view, Class kind, NSString* text, NSFont* font) {
+    NSTextField* const label = add(view, kind, text, font);
     [[label cell] setUsesSingleLineMode:NO];
     [[label cell] setWraps:YES];
     [[label cell] setLineBreakMode:NSLineBreakByWordWrapping];
@@ -52,8 +55,13 @@ CGFloat widthOf(NSButton* button) { return std::max(leastButtonWidth, std::ceil(
 
 CGFloat heightOf(NSControl* control) { return std::ceil([[control cell] cellSize].height); }
 
+// The cell keeps a little of the width to itself, and may answer for one line.
 CGFloat heightOf(NSTextField* label, CGFloat width) {
-    return std::ceil([[label cell] cellSizeForBounds:NSMakeRect(0, 0, std::max<CGFloat>(width, 1), tallest)].height);
+    const NSSize inside = NSMakeSize(std::max<CGFloat>(width - cellMargins, 1), tallest);
+    const NSRect lines = [[label attributedStringValue] boundingRectWithSize:inside
+                                                                     options:NSStringDrawingUsesLineFragmentOrigin];
+    const NSSize cell = [[label cell] cellSizeForBounds:NSMakeRect(0, 0, std::max<CGFloat>(width, 1), tallest)];
+    return std::ceil(std::max(lines.size.height, cell.height));
 }
 
 }  // namespace platform::macos

@@ -2,8 +2,8 @@
 
 #include <cerrno>
 
-#include "platform/macos/foundation/FileErrors.h"
 #import "platform/macos/foundation/Text.h"
+#include "platform/posix/FileErrors.h"
 
 namespace platform::macos {
 
@@ -52,7 +52,7 @@ Error errorFromNS(NSError* error, const std::string& path) {
         text.pop_back();
     }
     if (text.empty()) {
-        return fileError("use", path, code);
+        return posix::fileError("use", path, code);
     }
     if (text.find(path) == std::string::npos) {
         text += " (" + path + ")";

@@ -9,10 +9,11 @@
 
 namespace platform::macos {
 
-// Autoreleased, mutable nowhere.
+// Autoreleased.
 id toNS(const PropertyValue& value);
 
-// None for nil, for objects that no property list holds, for keys that are no texts, and below 512 levels.
+// None for nil, for objects that no property list holds, for keys that are no texts, for numbers beyond 64 bits with a
+// sign, and below 512 levels.
 std::optional<PropertyValue> valueFromNS(id object);
 
 }  // namespace platform::macos

@@ -42,15 +42,18 @@ bool isTruthValue(NSNumber* number) {
     return number == [NSNumber numberWithBool:YES] || number == [NSNumber numberWithBool:NO];
 }
 
-PropertyValue fromNumber(NSNumber* number) {
+std::optional<PropertyValue> fromNumber(NSNumber* number) {
     if (isTruthValue(number)) {
-        return {static_cast<bool>([number boolValue])};
+        return PropertyValue{static_cast<bool>([number boolValue])};
     }
     const char* const type = [number objCType];
     if (std::strcmp(type, @encode(double)) == 0 || std::strcmp(type, @encode(float)) == 0) {
-        return {[number doubleValue]};
+        return PropertyValue{[number doubleValue]};
     }
-    return {std::int64_t{[number longLongValue]}};
+    const std::int64_t whole{[number longLongValue]};
+    // A list may hold more than 64 bits with a sign, of which longLongValue cuts off the upper ones.
+    const bool fits = [number compare:[NSNumber numberWithLongLong:whole]] == NSOrderedSame;
+    return fits ? std::optional(PropertyValue{whole}) : std::nullopt;
 }
 
 PropertyData fromData(NSData* data) {

@@ -7,12 +7,14 @@
 #include "platform/macos/services/MacPropertyLists.h"
 #include "platform/macos/services/MacStandardFolders.h"
 #include "platform/macos/services/MacSystemInfo.h"
+#include "platform/macos/services/MacUncaughtExceptions.h"
 #include "platform/macos/services/MacUserDefaults.h"
 #include "platform/macos/services/digests/CommonDigests.h"
 #include "platform/macos/services/files/MacFileManager.h"
 #include "platform/macos/services/files/OpenFileAttributes.h"
 #include "platform/macos/services/rights/MacAuthorization.h"
 #include "platform/macos/services/workspace/MacWorkspace.h"
+#include "platform/posix/HostOf.h"
 #include "platform/posix/MainQueue.h"
 #include "platform/posix/PosixOpenFiles.h"
 #include "platform/posix/ProcessLauncher.h"
@@ -36,26 +38,11 @@ struct Services {
     MacUserDefaults defaults;
     CommonDigests digests;
     GlobalQueue background;
+    MacUncaughtExceptions exceptions;
     MacAuthorization authorization;
-    Host host;
+    Host host = posix::hostOf(*this);
 
-    Services() {
-        host.files = &files;
-        host.openFiles = &openFiles;
-        host.workspace = &workspace;
-        host.folders = &folders;
-        host.identity = &identity;
-        host.system = &system;
-        host.bundle = &bundle;
-        host.propertyLists = &propertyLists;
-        host.processes = &processes;
-        host.mainThread = &mainThread;
-        host.console = &console;
-        host.defaults = &defaults;
-        host.digests = &digests;
-        host.background = &background;
-        host.authorization = &authorization;
-    }
+    Services() { host.authorization = &authorization; }
 };
 
 }  // namespace

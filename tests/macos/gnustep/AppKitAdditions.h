@@ -7,6 +7,7 @@
 #import <AppKit/AppKit.h>
 
 #define NSEventTypeApplicationDefined NSApplicationDefined
+#define NSEventTypeLeftMouseDown NSLeftMouseDown
 #define NSEventMaskAny NSAnyEventMask
 #define NSEventModifierFlagCommand NSCommandKeyMask
 #define NSEventModifierFlagOption NSAlternateKeyMask
@@ -20,6 +21,14 @@
 - (void)setShowsSuppressionButton:(BOOL)shows;
 - (BOOL)showsSuppressionButton;
 - (NSButton*)suppressionButton;
+@end
+
+@interface NSApplication (AppKitAdditions)
+- (BOOL)isFullKeyboardAccessEnabled;
+@end
+
+@interface NSWindow (NonBlockingSheets)
+- (BOOL)isSheet;
 @end
 
 @interface NSWindow (AppKitAdditions)

@@ -10,6 +10,14 @@ NSMapTable* labels() {
 
 }  // namespace
 
+@implementation NSApplication (AppKitAdditions)
+
+- (BOOL)isFullKeyboardAccessEnabled {
+    return [[NSUserDefaults standardUserDefaults] boolForKey:@"FullKeyboardAccess"];
+}
+
+@end
+
 @implementation NSWindow (AppKitAdditions)
 
 - (void)setPreventsApplicationTerminationWhenModal:(BOOL)prevents {
@@ -55,6 +63,20 @@ NSMapTable* labels() {
 
 - (void)setValue:(id)value forKey:(NSString*)key {
     [self setObject:value forKey:key];
+}
+
+@end
+
+// GNUstep has no reader of web pages. This one shows the page as it is handed to the reader.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+@implementation NSAttributedString (AppKitAdditions)
+
+- (id)initWithHTML:(NSData*)data options:(NSDictionary*)options documentAttributes:(NSDictionary**)attributes {
+    static_cast<void>(options);
+    static_cast<void>(attributes);
+    NSString* const page = [[[NSString alloc] initWithData:data encoding:NSASCIIStringEncoding] autorelease];
+    return [self initWithString:page];
 }
 
 @end

@@ -71,6 +71,9 @@ bool isInput(NSEventType type) {
      modalDelegate:(id)modalDelegate
     didEndSelector:(SEL)didEndSelector
        contextInfo:(void*)contextInfo {
+    if (docWindow != nil && [[NSUserDefaults standardUserDefaults] boolForKey:@"SheetsCannotBeShown"]) {
+        [NSException raise:NSInternalInconsistencyException format:@"no sheets"];
+    }
     SheetSession* const session = [[[SheetSession alloc] init] autorelease];
     session->sheet = sheet;
     session->parent = docWindow;
@@ -106,6 +109,10 @@ bool isInput(NSEventType type) {
 + (void)load {
     method_exchangeImplementations(class_getInstanceMethod([NSWindow class], @selector(sendEvent:)),
                                    class_getInstanceMethod([NSWindow class], @selector(sendEventUnlessBlocked:)));
+}
+
+- (BOOL)isSheet {
+    return sessionOf(self) != nil ? YES : NO;
 }
 
 - (NSWindow*)attachedSheet {

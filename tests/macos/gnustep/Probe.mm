@@ -7,11 +7,13 @@
 #include <string>
 #include <thread>
 
+#import "platform/macos/appkit/EventLoop.h"
 #import "platform/macos/appkit/InstallerViews.h"
 #import "platform/macos/foundation/Guarded.h"
 #import "platform/macos/foundation/Text.h"
 #include "platform/ports/Host.h"
 #include "tests/macos/gnustep/ProbeAlerts.h"
+#include "tests/macos/gnustep/ProbeThrows.h"
 
 using platform::macos::fromNS;
 using platform::macos::guarded;
@@ -168,7 +170,8 @@ NSDictionary* state() {
     }
     return [NSDictionary dictionaryWithObjectsAndKeys:describeInstaller(), @"installer", describeSheet(), @"sheet",
                                                       windows, @"windows", answers, @"answers",
-                                                      number([NSApp modalWindow] != nil), @"modal", nil];
+                                                      number([NSApp modalWindow] != nil), @"modal",
+                                                      number([NSThread isMultiThreaded]), @"multithreaded", nil];
 }
 
 NSDictionary* outcome(bool done) { return [NSDictionary dictionaryWithObject:number(done) forKey:@"done"]; }
@@ -184,6 +187,7 @@ bool pressLater(NSString* title) {
             if ([[button title] isEqualToString:title] && [button isEnabled]) {
                 platform::host().mainThread->perform([button = [button retain]] {
                     guarded("a click", [button] { [button performClick:nil]; });
+                    platform::macos::wakeEventLoop();  // as the events of a click by hand do
                     [button release];
                 });
                 return true;
@@ -227,6 +231,24 @@ bool openMenu() {
         [event release];
     });
     return true;
+}
+
+// GNUstep keeps the items of the application's menu in the main menu itself.
+NSMenuItem* itemWithTitle(NSMenu* menu, NSString* begin) {
+    for (NSMenuItem* item in [menu itemArray]) {
+        NSMenuItem* const found = [item hasSubmenu] ? itemWithTitle([item submenu], begin) : nil;
+        if (found != nil || [[item title] hasPrefix:begin]) {
+            return found != nil ? found : item;
+        }
+    }
+    return nil;
+}
+
+bool quit() {
+    NSMenuItem* const item = itemWithTitle([NSApp mainMenu], @"Quit");
+    platform::host().mainThread->perform(
+        [item] { guarded("quitting", [item] { [NSApp sendAction:[item action] to:[item target] from:item]; }); });
+    return item != nil;
 }
 
 // All three are waiting before the first begins, as this is on the main thread.
@@ -294,6 +316,12 @@ NSDictionary* serve(const std::string& line) {
     }
     if (command == "menu") {
         return outcome(openMenu());
+    }
+    if (command == "quit") {
+        return outcome(quit());
+    }
+    if (command == "throw") {
+        return outcome(probe::throwThrough(rest, shown));
     }
     if (command == "batch") {
         return outcome(handOverBatch());

@@ -53,10 +53,19 @@ long timedAbove(platform::Window* parent) {
     return timed(parent);
 }
 
+long aloneTimed(platform::Window* /*parent*/) { return timed(nullptr); }
+
+long aloneQuestion(platform::Window* /*parent*/) { return question(nullptr); }
+
 const std::map<std::string, Shown>& kinds() {
-    static const std::map<std::string, Shown> all{
-        {"timed", timed},           {"timed-above", timedAbove},           {"question", question},
-        {"suppressed", suppressed}, {"oddly-suppressed", oddlySuppressed}, {"two", two}};
+    static const std::map<std::string, Shown> all{{"timed", timed},
+                                                  {"timed-above", timedAbove},
+                                                  {"question", question},
+                                                  {"suppressed", suppressed},
+                                                  {"oddly-suppressed", oddlySuppressed},
+                                                  {"two", two},
+                                                  {"alone-timed", aloneTimed},
+                                                  {"alone-question", aloneQuestion}};
     return all;
 }
 

@@ -69,9 +69,13 @@ class Installer:
     def pid(self):
         return self._process.pid
 
-    def ask(self, command, seconds=20):
+    def tell(self, command):
+        """For what may not live to answer."""
         self._process.stdin.write(command.encode() + b"\n")
         self._process.stdin.flush()
+
+    def ask(self, command, seconds=20):
+        self.tell(command)
         if not select.select([self._process.stdout], [], [], seconds)[0]:
             raise AssertionError(f"{command}: no answer within {seconds} s; {self.told()}")
         return json.loads(self._process.stdout.readline())
@@ -114,6 +118,10 @@ class Installer:
 
     def told(self):
         return self.errors.read_text(errors="replace")
+
+    def printed(self):
+        """What it said besides, once it has ended."""
+        return self._process.stdout.read().decode(errors="replace")
 
     def defaults(self):
         """What the user defaults hold, as text."""

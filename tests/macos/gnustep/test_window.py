@@ -1,99 +1,7 @@
 """The window that AppKit draws, run on GNUstep: what a user sees of it and what each key does."""
 import os
-import tempfile
-import time
-import unittest
-from pathlib import Path
 
-from driver.display import Display, missing_tools
-from driver.waiting import wait_until
-from installer import CONFIGURATION, Installer, make_bundle
-
-SAMPLE = Path(__file__).resolve().parents[3] / "resources" / "Sample"
-SETTINGS = {"KZPluginName": "Larkspur Reverb", "KZPluginVersion": "2.4.1", "KZPluginAuthor": "Orrin Audio",
-            "KZBgImagePath": "Background.png"}
-AGREEMENT = {"KZEULAPath": "Agreement.rtf"}
-LEAKED = 23
-STARTS = 3
-
-
-def sample(name):
-    return name, (SAMPLE / name).read_bytes()
-
-
-class WindowCase(unittest.TestCase):
-    screen = (1024, 768)
-
-    def setUp(self):
-        self.pictures = 0
-        if missing_tools():
-            self.skipTest("not on this machine: " + ", ".join(missing_tools()))
-        if not CONFIGURATION.exists():
-            self.skipTest("GNUstep is not on this machine")
-        folder = tempfile.TemporaryDirectory(prefix="wickfield-gnustep.", ignore_cleanup_errors=True)
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
-        self.display = Display(self.folder, self.screen)
-        self.addCleanup(self.display.close)
-
-    def start(self, settings=None, resources=(), tree=(), environment=None, prepare=None,
-              arguments=(), wait=True):
-        program = make_bundle(self.folder, os.environ["WICKFIELD_GNUSTEP_PROGRAM"],
-                              SETTINGS if settings is None else settings or None,
-                              [sample("Background.png"), sample("Agreement.rtf"), *resources], tree)
-        if prepare:
-            prepare(program.parents[1] / "Resources")
-        for attempt in range(STARTS):
-            self.installer = Installer(program, self.display, self.folder / f"home{attempt}", environment or {}, arguments)
-            self.addCleanup(self.installer.close)
-            if not wait or attempt == STARTS - 1 or self.installer.answers():
-                break
-            print("GNUstep did not get its event loop going; once more")
-            self.installer.close()
-        if wait:
-            return self.installer.wait("the window", lambda state: state["installer"]["visible"])["installer"]
-        return None
-
-    def keep_picture(self):
-        """Saves the screen, numbered, where evidence is wanted and the installer is there to be seen."""
-        evidence = os.environ.get("WICKFIELD_E2E_EVIDENCE")
-        if evidence and self.installer.is_running():
-            self.display.wait_until_still()
-            self.pictures += 1
-            Path(evidence).mkdir(parents=True, exist_ok=True)
-            self.display.screenshot(Path(evidence) / f"gnustep-{self._testMethodName}-{self.pictures}.png")
-
-    def sheet(self, text):
-        """Waits for a sheet that shows that text."""
-        return self.installer.wait(f"a sheet with {text!r}", lambda state: text in state["sheet"].get("texts", []))["sheet"]
-
-    def no_sheet(self):
-        return self.installer.wait("the end of the sheet", lambda state: not state["sheet"])
-
-    def answers(self, count):
-        """What the alerts of the probe were answered, once there are so many."""
-        found = self.installer.wait(f"{count} answers", lambda state: len(state["answers"]) >= count)["answers"]
-        return [tuple(answer) for answer in found]
-
-    def window(self, text):
-        """Waits for a window that shows that text, sheet or not."""
-        def find(state):
-            return [window for window in state["windows"] if text in window["texts"]]
-        return find(self.installer.wait(f"a window with {text!r}", find))[0]
-
-    def key(self, name):
-        """Presses a key once the display has given the keyboard to the window that the program means."""
-        def has_keyboard():
-            meant = [window["title"] for window in self.installer.state()["windows"] if window["key"]]
-            return meant == [self.display.xdotool("getwindowfocus", "getwindowname", check=False).rstrip("\n")]
-        wait_until("the keyboard's focus", has_keyboard)
-        self.display.press(name)
-
-    def end(self):
-        """Ends the installer by a signal; no memory error and no leak may have been seen until then."""
-        self.keep_picture()
-        status = self.installer.terminate()
-        self.assertEqual(status, 0, self.installer.told())
+from window_case import AGREEMENT, SETTINGS, WindowCase
 
 
 class Starting(WindowCase):
@@ -172,6 +80,44 @@ class Agreement(WindowCase):
         self.assertEqual(sheet["agreement"], "One %@ term.\nAnother.\n")
         self.end()
 
+    def shown(self, name, content, *beside):
+        """What the sheet shows of an agreement of that name, or hands to the reader of web pages."""
+        self.start({**SETTINGS, "KZEULAPath": name}, [(name, content), *beside])
+        return self.sheet("Please read the licence agreement before you install.")["agreement"]
+
+    def test_a_web_page_loads_nothing_and_runs_nothing(self):
+        page = self.shown("Terms.html", b"<h1>Terms</h1><img src=http://127.0.0.1:9/seal.png alt=Seal>"
+                          b"<script>run()</script><link rel=stylesheet href=s.css>You <b>agree</b>.")
+        self.assertIn("<h1>Terms</h1>SealYou <b>agree</b>.", page)
+        self.assertTrue(page.isascii())
+        self.end()
+
+    def test_a_web_page_is_known_by_its_contents_too(self):
+        self.assertIn("<body> \n<p>t</p>", self.shown("Terms", b"\xef\xbb\xbf <!DOCTYPE html>\n<p onclick=x>t</p>"))
+        self.end()
+
+    def test_a_web_page_is_read_in_the_encoding_that_it_names(self):
+        page = self.shown("Terms.htm", '<meta charset="windows-1251">Привет'.encode("cp1251"))
+        self.assertIn("<body>" + "".join(f"&#{ord(letter)};" for letter in "Привет"), page)
+        self.end()
+
+    def test_a_web_page_shows_the_pictures_beside_it_and_no_others(self):
+        page = self.shown("Terms.html", b"<img src=Seal.png><img src=Link.png alt=None>", ("Seal.png", b"\x89PNG"))
+        self.assertIn('<body><img src="data:image/png;base64,iVBORw==">None</body>', page)
+        self.end()
+
+    def test_rich_text_is_known_by_its_contents_too(self):
+        self.assertEqual(self.shown("Terms.txt", b"{\\rtf1\\ansi You agree.}"), "You agree.")
+        self.end()
+
+    def test_what_only_calls_itself_rich_text_is_shown_as_it_stands(self):
+        self.assertEqual(self.shown("Terms.rtf", b"You <img src=x> agree."), "You <img src=x> agree.")
+        self.end()
+
+    def test_a_text_in_no_encoding_is_shown_all_the_same(self):
+        self.assertEqual(self.shown("Terms.txt", b"Caf\xe9 \x81."), "Caf\u00e9 \u0081.")
+        self.end()
+
     def test_a_pipe_in_the_place_of_the_text_does_not_hold_the_window_up(self):
         def make_pipe(resources):
             os.mkfifo(resources / "Terms.rtf")
@@ -242,153 +188,6 @@ class Installing(WindowCase):
         self.end()
 
 
-class Alerts(WindowCase):
-    def test_a_timed_alert_closes_itself(self):
-        self.start()
-        began = time.monotonic()
-        self.installer.ask("worker timed")
-        sheet = self.sheet("Timed")
-        self.assertIn("It answers itself, 100%@ surely.", sheet["texts"])
-        self.keep_picture()
-        self.assertEqual(self.answers(1), [("timed", 1)])
-        self.assertGreaterEqual(time.monotonic() - began, 1.9)
-        self.no_sheet()
-        self.installer.ask("worker question")  # the window takes another one
-        self.sheet("Which way?")
-        self.installer.press("Left")
-        self.no_sheet()
-        self.end()
-
-    def test_each_button_has_its_answer(self):
-        self.start()
-        for number, (title, code) in enumerate([("Left", 1), ("Right", 0), ("Straight on", -1)], 1):
-            self.installer.ask("worker question")
-            self.sheet("Which way?")
-            self.installer.press(title)
-            self.assertEqual(self.answers(number)[-1], ("question", code))
-        self.end()
-
-    def test_return_and_escape_answer(self):
-        self.start()
-        for number, (key, code) in enumerate([("Return", 1), ("Escape", 0)], 1):
-            self.installer.ask("main question")
-            self.sheet("Which way?")
-            self.key(key)
-            self.assertEqual(self.answers(number)[-1], ("question", code))
-            self.no_sheet()
-        self.end()
-
-    def test_the_suppression_box_is_bound_to_its_user_default(self):
-        self.start()
-        self.installer.ask("worker suppressed")
-        self.assertEqual(self.sheet("Again?")["checked"], [])
-        self.installer.ask("toggle")
-        self.installer.press("OK")
-        self.answers(1)
-        self.no_sheet()
-        self.installer.ask("main suppressed")
-        self.assertEqual(self.sheet("Again?")["checked"], ["Do not show this message again"])
-        self.installer.press("OK")
-        self.answers(2)
-        self.end()
-        self.assertIn("hideAgain", self.installer.defaults())
-
-    def test_a_default_that_nothing_can_be_bound_to_leaves_the_alert(self):
-        # GNUstep loses the binding that it was about to make.
-        self.start(environment={"ASAN_OPTIONS": "detect_leaks=0:exitcode=24"})
-        self.installer.ask("worker oddly-suppressed")
-        self.sheet("Again?")
-        self.installer.press("OK")
-        self.assertEqual(self.answers(1), [("oddly-suppressed", 1)])
-        self.end()
-        self.assertIn("Exception in binding an alert's suppression", self.installer.told())
-
-    def test_a_second_alert_stands_free_of_the_sheet(self):
-        self.start()
-        self.installer.ask("main two")
-        self.window("Above")
-        self.keep_picture()
-        self.sheet("Beneath")
-        self.installer.press("Enough")
-        self.assertEqual(self.answers(1), [("two", 1)])
-        self.sheet("Beneath")
-        self.installer.press("OK")
-        self.no_sheet()
-        self.end()
-
-
-    def take_two(self):
-        self.installer.ask("worker two")
-        self.window("Above")
-        self.key("Return")
-        self.assertEqual(self.answers(1), [("two", 1)])
-        self.installer.press("OK")
-        self.no_sheet()
-        self.installer.ask("worker timed-above")
-        self.window("Timed")
-        self.assertEqual(self.answers(2)[1], ("timed-above", 1))
-        state = self.installer.wait("the end of the alert", lambda state: len(state["windows"]) == 2)
-        self.assertFalse(state["modal"])
-        self.installer.press("OK")
-        self.assertTrue(self.no_sheet()["installer"]["installEnabled"])
-        self.end()
-
-    def test_a_free_standing_alert_is_answered_and_times_out(self):
-        self.start()
-        self.take_two()
-
-    def test_so_it_does_where_it_runs_a_loop_of_its_own(self):
-        self.start(arguments=["-FreeStandingAlertsRunALoop", "YES"])
-        self.take_two()
-
-
-class Serving(WindowCase):
-    """The probe asks from a thread of its own and waits for the main thread, as the installation does."""
-
-    def test_a_thread_is_served_while_an_alert_panel_is_up(self):
-        self.start()
-        self.installer.ask("panel")
-        self.window("A loop of its own, 100%@.")
-        self.assertTrue(self.installer.state()["modal"])
-        self.key("Return")
-        self.assertEqual(self.answers(1), [("panel", 0)])
-        self.end()
-
-    def test_a_thread_is_served_while_a_menu_is_open(self):
-        self.start()
-        self.installer.ask("menu")
-        self.answers(1)
-        time.sleep(0.5)
-        self.assertEqual(self.installer.state()["answers"], [["menu opened", 0]])
-        self.display.xdotool("mousemove", 500, 740, "click", 1)
-        self.assertEqual(self.answers(2)[1], ("menu closed", 0))
-        self.end()
-
-    def test_work_behind_work_that_runs_a_loop_is_served(self):
-        self.start()
-        self.installer.ask("batch")
-        self.window("A loop of its own, 100%@.")
-        self.assertEqual(self.answers(2), [("second", 0), ("third", 0)])
-        self.key("Return")
-        self.assertEqual(self.answers(3)[-1], ("first", 0))
-        self.end()
-
-    def test_a_slice_of_the_event_loop_ends_by_time_or_by_work(self):
-        self.start()
-        self.display.wait_until_still()
-        seen = self.installer.ask("slices", 40)
-        self.assertGreaterEqual(seen["idle"], 190)
-        self.assertLess(seen["looks"], 1000)
-        self.assertLess(seen["woken"], 5000)
-        self.assertEqual(seen["order"], "123")
-        self.end()
-
-    def test_a_leak_would_be_found(self):
-        self.start()
-        self.installer.ask("leak")
-        self.assertEqual(self.installer.terminate(), LEAKED)
-
-
 class SmallScreen(WindowCase):
     screen = (480, 320)
 
@@ -406,6 +205,14 @@ class SmallScreen(WindowCase):
             self.assertLessEqual(place["x"] + place["width"], view["x"] + view["width"], control)
             self.assertLessEqual(place["y"] + place["height"], view["y"] + view["height"], control)
             self.assertGreater(place["width"], 20, control)
+        self.end()
+
+    def test_the_branding_line_takes_as_many_lines_as_it_needs(self):
+        places = self.start()["places"]
+        self.assertLess(places["branding"]["width"], 250)  # its text in one line is wider
+        self.assertGreater(places["branding"]["height"], 1.8 * places["author"]["height"] * 11 / 13)
+        self.assertGreaterEqual(places["branding"]["y"], places["view"]["y"])
+        self.assertLessEqual(places["branding"]["y"] + places["branding"]["height"], places["author"]["y"])
         self.end()
 
     def test_the_agreement_fits(self):

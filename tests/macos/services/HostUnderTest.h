@@ -8,6 +8,7 @@
 #include "platform/macos/services/MacIdentity.h"
 #include "platform/macos/services/MacPropertyLists.h"
 #include "platform/macos/services/MacSystemInfo.h"
+#include "platform/macos/services/MacUncaughtExceptions.h"
 #include "platform/macos/services/MacUserDefaults.h"
 #include "platform/macos/services/files/MacFileManager.h"
 #include "platform/ports/Host.h"
@@ -25,11 +26,13 @@ inline const platform::Host& services() {
     static platform::macos::MacIdentity identity;
     static platform::macos::MacSystemInfo system;
     static platform::macos::MacPropertyLists propertyLists;
+    static platform::macos::MacUncaughtExceptions exceptions;
     static const platform::Host host = [] {
         platform::Host made;
         made.identity = &identity;
         made.system = &system;
         made.propertyLists = &propertyLists;
+        made.exceptions = &exceptions;
         return made;
     }();
     return host;

@@ -6,15 +6,16 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/tools/archive/FileBytes.h"
 #include "platform/linux/tools/archive/ToolFailure.h"
+#include "platform/posix/PathParts.h"
 #include "tools/wickfield-bundle/create/CreateFailure.h"
 #include "tools/wickfield-bundle/create/SourceWalk.h"
 
 namespace wickfield_bundle {
 
 namespace linux_host = platform::linux_host;
+namespace posix = platform::posix;
 using platform::posix::Descriptor;
 
 namespace {
@@ -59,7 +60,7 @@ Descriptor BundleFolder::open(std::string_view folder) {
         const auto slash = folder.find('/');
         const std::string name(folder.substr(0, slash));
         folder.remove_prefix(slash == std::string_view::npos ? folder.size() : slash + 1);
-        place = place.empty() ? name : linux_host::joinPath(place, name);
+        place = place.empty() ? name : posix::joinPath(place, name);
         at = enter(at.get(), name, place);
     }
     return at;

@@ -15,6 +15,7 @@
 #include "platform/linux/tools/archive/ToolFailure.h"
 #include "platform/linux/tools/archive/TreeArchiver.h"
 #include "platform/ports/Host.h"
+#include "platform/posix/StagedName.h"
 #include "tools/wickfield-bundle/create/BundleFolder.h"
 #include "tools/wickfield-bundle/create/CreateFailure.h"
 #include "tools/wickfield-bundle/create/OutputPlace.h"
@@ -24,6 +25,7 @@
 namespace wickfield_bundle {
 
 namespace linux_host = platform::linux_host;
+namespace posix = platform::posix;
 
 namespace {
 
@@ -31,7 +33,7 @@ namespace {
 class StagedArchive {
 public:
     StagedArchive(const StagedBundle& bundle, std::string path, const std::function<void(const std::string&)>& warn)
-        : m_final(std::move(path)), m_staged(linux_host::stagedSibling(m_final)) {
+        : m_final(std::move(path)), m_staged(posix::stagedSibling(m_final)) {
         linux_host::allowManyOpenFiles();
         try {
             linux_host::archiveTree(bundle.path(), m_staged, linux_host::KeepParent::yes, warn,

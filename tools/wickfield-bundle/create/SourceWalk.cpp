@@ -8,20 +8,21 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/FolderListing.h"
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
 #include "tools/wickfield-bundle/create/CreateFailure.h"
 
 namespace wickfield_bundle {
 
 namespace linux_host = platform::linux_host;
+namespace posix = platform::posix;
 using platform::FileType;
 using platform::posix::Descriptor;
 
 void throwWhenFailed(int code, std::string_view doing, const std::string& path) {
     if (code != 0) {
-        throw CreateFailure(linux_host::fileError(doing, path, code));
+        throw CreateFailure(posix::fileError(doing, path, code));
     }
 }
 
@@ -66,7 +67,7 @@ std::string uncopyable(const std::string& path) {
 
 SourceWalk::SourceWalk(Descriptor start, std::string path) : m_trail(std::move(start)), m_path(std::move(path)) {}
 
-std::string SourceWalk::pathOf(const std::string& name) const { return linux_host::joinPath(m_path, name); }
+std::string SourceWalk::pathOf(const std::string& name) const { return posix::joinPath(m_path, name); }
 
 void SourceWalk::run(Visitor& visitor) {
     visitEntries(visitor);
@@ -140,14 +141,14 @@ std::string findUncopyable(const std::string& source) {
     Descriptor start(::open(source.c_str(), O_PATH | O_CLOEXEC));
     struct stat status {};
     if (!start || ::fstat(start.get(), &status) != 0) {
-        return linux_host::fileError("read", source, errno).description;
+        return posix::fileError("read", source, errno).description;
     }
     if (!S_ISDIR(status.st_mode)) {
         return S_ISREG(status.st_mode) ? "" : uncopyable(source);
     }
     start.reset(::open(source.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!start) {
-        return linux_host::fileError("read", source, errno).description;
+        return posix::fileError("read", source, errno).description;
     }
     SourceWalk walk(std::move(start), source);
     Scan scan(walk);

@@ -9,19 +9,21 @@
 
 #include "platform/linux/services/files/ItemPlace.h"
 #include "platform/linux/services/files/ItemRemover.h"
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/files/Staging.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/StagedName.h"
 #include "tools/wickfield-bundle/create/CreateFailure.h"
 #include "tools/wickfield-bundle/create/SourceWalk.h"
 
 namespace wickfield_bundle {
 
 namespace linux_host = platform::linux_host;
+namespace posix = platform::posix;
 
 StagedBundle::StagedBundle(const std::string& outputFolder, const std::string& name)
-    : m_hidden(linux_host::joinPath(outputFolder, linux_host::stagedName())),
-      m_staged(linux_host::joinPath(m_hidden, name)),
-      m_final(linux_host::joinPath(outputFolder, name)) {
+    : m_hidden(posix::joinPath(outputFolder, posix::stagedName())),
+      m_staged(posix::joinPath(m_hidden, name)),
+      m_final(posix::joinPath(outputFolder, name)) {
     throwWhenFailed(::mkdir(m_hidden.c_str(), S_IRWXU) == 0 ? 0 : errno, "write to", outputFolder);
     // What the folder above hands down to new items is no matter of the bundle's.
     (void)::chmod(m_hidden.c_str(), S_IRWXU);
@@ -50,7 +52,7 @@ platform::Failure StagedBundle::publish(Replace replace) {
     if (code == EEXIST && replace == Replace::yes) {
         code = ::renameat2(AT_FDCWD, m_staged.c_str(), AT_FDCWD, m_final.c_str(), RENAME_EXCHANGE) == 0 ? 0 : errno;
         if (code == EINVAL || code == ENOSYS) {  // a file system that cannot exchange: two steps
-            const auto aside = linux_host::placeAt(linux_host::joinPath(m_hidden, "replaced"));
+            const auto aside = linux_host::placeAt(posix::joinPath(m_hidden, "replaced"));
             code = linux_host::renameWithoutReplacing(to, aside);
             if (code == 0) {
                 code = linux_host::renameWithoutReplacing(from, to);

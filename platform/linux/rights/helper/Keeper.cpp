@@ -10,6 +10,7 @@
 
 #include "platform/linux/rights/helper/CleanProcess.h"
 #include "platform/linux/rights/wire/HelperPath.h"
+#include "platform/posix/ArgumentPointers.h"
 
 namespace platform::rights {
 
@@ -34,12 +35,7 @@ int keepHelperFor(std::vector<std::string> command) {
     ::prctl(PR_SET_DUMPABLE, 0);
     closeDescriptorsFrom(STDERR_FILENO + 1);
     nameHelper(command);
-    std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
-    for (auto& argument : command) {
-        arguments.push_back(argument.data());
-    }
-    arguments.push_back(nullptr);
+    const auto arguments = posix::pointersTo(command);
     pid_t child = -1;
     if (::posix_spawn(&child, arguments.front(), nullptr, nullptr, arguments.data(), environ) != 0) {
         return notStarted;

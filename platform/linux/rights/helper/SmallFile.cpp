@@ -14,6 +14,7 @@
 
 #include "platform/linux/rights/helper/PathWalk.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/WriteAll.h"
 
 namespace platform::rights {
 
@@ -70,17 +71,6 @@ posix::Descriptor openPlainFile(const Item& item, struct stat& status) {
     return isStillPlain && !hasAccessControlList(file.get()) ? std::move(file) : posix::Descriptor();
 }
 
-bool writeAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file, bytes.data(), bytes.size());
-        if (written <= 0) {
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 // False also for a file that grows beyond the limit meanwhile.
 bool copyBytes(int from, int to) {
     static std::array<char, std::size_t{64} << 10U> buffer;
@@ -91,7 +81,8 @@ bool copyBytes(int from, int to) {
             return got == 0;
         }
         copied += got;
-        if (copied > mostBytes || !writeAll(to, {buffer.data(), static_cast<std::size_t>(got)})) {
+        std::string_view bytes(buffer.data(), static_cast<std::size_t>(got));
+        if (copied > mostBytes || posix::writeAll(to, bytes) != 0) {
             return false;
         }
     }

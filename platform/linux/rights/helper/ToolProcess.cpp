@@ -9,20 +9,11 @@
 #include <optional>
 
 #include "platform/linux/rights/helper/Confinement.h"
+#include "platform/posix/ArgumentPointers.h"
 
 namespace platform::rights {
 
 namespace {
-
-std::vector<char*> pointersTo(const std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (const auto& text : texts) {
-        pointers.push_back(const_cast<char*>(text.c_str()));
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
 
 // Everything the child does is made ready before it starts: it works in its parent's memory.
 struct Child {
@@ -93,7 +84,7 @@ ToolStart startTool(const std::vector<std::string>& command, int output) {
         return {.error = *refused};
     }
     const auto& confined = std::get<std::optional<Confinement>>(confinement);
-    const auto arguments = pointersTo(command);
+    const auto arguments = posix::pointersTo(command);
     Child child{.path = command.front().c_str(),
                 .arguments = arguments.data(),
                 .confinement = confined ? &*confined : nullptr,

@@ -9,6 +9,9 @@
 #include <cerrno>
 #include <cstddef>
 #include <limits>
+#include <string_view>
+
+#include "platform/posix/WriteAll.h"
 
 namespace platform::linux_host {
 
@@ -16,21 +19,6 @@ namespace {
 
 constexpr off_t smallSize = off_t{64} * 1024;
 constexpr std::size_t kernelChunk = std::size_t{1} << 30U;
-
-int writeAll(int to, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = ::write(to, bytes, count);
-        if (written < 0) {
-            if (errno == EINTR) {
-                continue;
-            }
-            return errno;
-        }
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return 0;
-}
 
 struct Amount {
     off_t limit = 0;     // bytes to copy at most
@@ -52,7 +40,8 @@ int readAndWrite(int from, int to, const Amount& amount) {
         if (count == 0) {
             return 0;
         }
-        if (const int code = writeAll(to, buffer.data(), static_cast<std::size_t>(count)); code != 0) {
+        std::string_view bytes(buffer.data(), static_cast<std::size_t>(count));
+        if (const int code = posix::writeAll(to, bytes); code != 0) {
             return code;
         }
         done += count;

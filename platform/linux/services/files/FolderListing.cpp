@@ -8,30 +8,13 @@
 #include <cerrno>
 #include <cstddef>
 
+#include "platform/posix/FileTypes.h"
+
 namespace platform::linux_host {
 
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{32} * 1024;
-
-FileType typeOf(unsigned char hint) {
-    switch (hint) {
-        case DT_REG:
-            return FileType::regular;
-        case DT_DIR:
-            return FileType::folder;
-        case DT_LNK:
-            return FileType::symbolicLink;
-        case DT_UNKNOWN:
-            return FileType::unknown;
-        default:
-            return FileType::other;
-    }
-}
-
-bool isDotOrDotDot(const char* name) {
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
 
 // An entry that is gone by now counts nothing.
 void measure(int folder, const char* name, VisitedEntry& entry) {
@@ -40,7 +23,7 @@ void measure(int folder, const char* name, VisitedEntry& entry) {
         return;
     }
     if (entry.type == FileType::unknown) {
-        entry.type = typeOf(static_cast<unsigned char>(IFTODT(status.stx_mode)));
+        entry.type = posix::typeOfMode(status.stx_mode);
     }
     entry.size = entry.type == FileType::folder ? 0 : status.stx_size;
 }
@@ -60,10 +43,10 @@ int visitFolder(int folder, VisitSizes sizes, const std::function<void(const Vis
         for (ssize_t at = 0; at < filled;) {
             const auto* entry = reinterpret_cast<const dirent64*>(buffer.data() + at);
             at += entry->d_reclen;
-            if (isDotOrDotDot(entry->d_name)) {
+            if (posix::isDotOrDotDot(entry->d_name)) {
                 continue;
             }
-            VisitedEntry visited{.name = entry->d_name, .type = typeOf(entry->d_type), .size = 0};
+            VisitedEntry visited{.name = entry->d_name, .type = posix::typeOfEntry(entry->d_type), .size = 0};
             if (sizes == VisitSizes::yes && visited.type != FileType::folder) {
                 measure(folder, entry->d_name, visited);
             }

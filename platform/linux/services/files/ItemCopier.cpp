@@ -8,11 +8,11 @@
 #include <optional>
 #include <utility>
 
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/ItemRemover.h"
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/files/Staging.h"
 #include "platform/linux/services/files/TreeCopier.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -27,7 +27,7 @@ public:
     Failure run() {
         struct stat status {};
         if (::fstatat(m_source.folder, m_source.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-            return fileError("read", m_source.shown, errno);
+            return posix::fileError("read", m_source.shown, errno);
         }
         if (const int code = holdDestinationFolder(); code != 0) {
             return failed(code);
@@ -44,13 +44,13 @@ public:
             case S_IFDIR:
                 return copyFolder();
             default:
-                return fileError("copy the pipe, socket or device", m_source.shown, EOPNOTSUPP);
+                return posix::fileError("copy the pipe, socket or device", m_source.shown, EOPNOTSUPP);
         }
     }
 
 private:
     int holdDestinationFolder() {
-        const PathParts parts = splitPath(m_destination.name);
+        const posix::PathParts parts = posix::splitPath(m_destination.name);
         if (parts.name.empty()) {
             return EEXIST;  // the root
         }
@@ -68,10 +68,10 @@ private:
             ::openat(m_source.folder, m_source.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         struct stat status {};
         if (!from || ::fstat(from.get(), &status) != 0) {
-            return fileError("read", m_source.shown, errno);
+            return posix::fileError("read", m_source.shown, errno);
         }
         if (!S_ISREG(status.st_mode)) {
-            return fileError("read", m_source.shown, ESTALE);
+            return posix::fileError("read", m_source.shown, ESTALE);
         }
         std::optional<int> code = copyUnnamed(from.get(), status);
         if (!code) {
@@ -120,7 +120,7 @@ private:
     Failure copyLink(const struct stat& status) {
         std::string target;
         if (const int code = readLink(m_source.folder, m_source.name, target); code != 0) {
-            return fileError("read", m_source.shown, code);
+            return posix::fileError("read", m_source.shown, code);
         }
         const ItemPlace staged = stagedSibling(m_destination);
         if (::symlinkat(target.c_str(), staged.folder, staged.name.c_str()) != 0) {
@@ -145,7 +145,7 @@ private:
         posix::Descriptor from(
             ::openat(m_source.folder, m_source.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         if (!from) {
-            return fileError("read", m_source.shown, errno);
+            return posix::fileError("read", m_source.shown, errno);
         }
         bool inside = false;
         if (const int code = findDestinationInside(from.get(), inside); code != 0) {
@@ -205,7 +205,7 @@ private:
         return unsupported ? std::nullopt : std::optional(code);
     }
 
-    Failure failed(int code) const { return fileError("copy", m_source.shown, m_destination.shown, code); }
+    Failure failed(int code) const { return posix::fileError("copy", m_source.shown, m_destination.shown, code); }
 
     ItemPlace m_source;
     ItemPlace m_destination;
@@ -215,10 +215,10 @@ private:
 }  // namespace
 
 Failure copyItem(const std::string& source, const std::string& destination) {
-    if (Failure refused = refusedPath("copy", source)) {
+    if (Failure refused = posix::refusedPath("copy", source)) {
         return refused;
     }
-    if (Failure refused = refusedPath("copy to", destination)) {
+    if (Failure refused = posix::refusedPath("copy to", destination)) {
         return refused;
     }
     return copyItem(placeAt(source), placeAt(destination));

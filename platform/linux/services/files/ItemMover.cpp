@@ -6,12 +6,12 @@
 
 #include <cerrno>
 
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/ItemCopier.h"
 #include "platform/linux/services/files/ItemRemover.h"
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/files/Staging.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -51,7 +51,7 @@ Failure moveAcross(const ItemPlace& source, const ItemPlace& destination) {
     const int code = isFolder ? renameWithoutReplacing(source, staged) : unlinked(source);
     if (code != 0) {
         (void)removeTree(destination, Removal::openingFolders);
-        return fileError("move", source.shown, destination.shown, code);
+        return posix::fileError("move", source.shown, destination.shown, code);
     }
     if (!isFolder) {
         return {};
@@ -66,10 +66,10 @@ Failure moveAcross(const ItemPlace& source, const ItemPlace& destination) {
 }  // namespace
 
 Failure moveItem(const std::string& source, const std::string& destination) {
-    if (Failure refused = refusedPath("move", source)) {
+    if (Failure refused = posix::refusedPath("move", source)) {
         return refused;
     }
-    if (Failure refused = refusedPath("move to", destination)) {
+    if (Failure refused = posix::refusedPath("move to", destination)) {
         return refused;
     }
     return moveItem(placeAt(source), placeAt(destination));
@@ -83,7 +83,7 @@ Failure moveItem(const ItemPlace& from, const ItemPlace& to) {
     if (code == EXDEV) {
         return moveAcross(from, to);
     }
-    return code == 0 ? Failure{} : fileError("move", from.shown, to.shown, code);
+    return code == 0 ? Failure{} : posix::fileError("move", from.shown, to.shown, code);
 }
 
 }  // namespace platform::linux_host

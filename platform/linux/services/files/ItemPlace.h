@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -20,7 +20,7 @@ struct ItemPlace {
 
 // The item that a path leads to at the moment of each call.
 inline ItemPlace placeAt(const std::string& path) {
-    const std::string plain = withoutTrailingSlashes(path);
+    const std::string plain = posix::withoutTrailingSlashes(path);
     return {.folder = AT_FDCWD, .name = plain, .shown = plain};
 }
 

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/FolderListing.h"
 #include "platform/linux/services/files/FolderTrail.h"
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -105,9 +105,9 @@ private:
     Failure failure(const std::string& name, int code) const {
         std::string path = m_path;
         for (std::size_t i = 1; i < m_levels.size(); ++i) {
-            path = joinPath(path, m_levels[i].name);
+            path = posix::joinPath(path, m_levels[i].name);
         }
-        return fileError("remove", name.empty() ? path : joinPath(path, name), code);
+        return posix::fileError("remove", name.empty() ? path : posix::joinPath(path, name), code);
     }
 
     std::string m_path;
@@ -119,16 +119,16 @@ private:
 }  // namespace
 
 Failure removeTree(const std::string& path, Removal removal) {
-    if (Failure refused = refusedPath("remove", path)) {
+    if (Failure refused = posix::refusedPath("remove", path)) {
         return refused;
     }
     return removeTree(placeAt(path), removal);
 }
 
 Failure removeTree(const ItemPlace& item, Removal removal) {
-    const auto failure = [&](int code) { return fileError("remove", item.shown, code); };
+    const auto failure = [&](int code) { return posix::fileError("remove", item.shown, code); };
     const char* plain = item.name.c_str();
-    if (const std::string name = splitPath(item.name).name; name == "." || name == "..") {
+    if (const std::string name = posix::splitPath(item.name).name; name == "." || name == "..") {
         return failure(EINVAL);
     }
     if (::unlinkat(item.folder, plain, 0) == 0) {

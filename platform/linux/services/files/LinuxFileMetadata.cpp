@@ -6,8 +6,8 @@
 #include <cerrno>
 #include <chrono>
 
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/LinuxFileManager.h"
+#include "platform/posix/FileErrors.h"
 
 namespace platform::linux_host {
 
@@ -50,7 +50,7 @@ std::optional<std::string> hostName(const std::string& name) {
 
 Failure LinuxFileManager::setModificationDate(const std::string& path, Date date) {
     constexpr const char* doing = "set the modification date of";
-    if (Failure refused = refusedPath(doing, path)) {
+    if (Failure refused = posix::refusedPath(doing, path)) {
         return refused;
     }
     const auto sinceEpoch = date.time_since_epoch();
@@ -58,23 +58,23 @@ Failure LinuxFileManager::setModificationDate(const std::string& path, Date date
     const auto rest = std::chrono::duration_cast<std::chrono::nanoseconds>(sinceEpoch - seconds);
     const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT},
                               {.tv_sec = static_cast<time_t>(seconds.count()), .tv_nsec = rest.count()}};
-    return ::utimensat(AT_FDCWD, path.c_str(), times, 0) == 0 ? Failure{} : fileError(doing, path, errno);
+    return ::utimensat(AT_FDCWD, path.c_str(), times, 0) == 0 ? Failure{} : posix::fileError(doing, path, errno);
 }
 
 std::variant<std::size_t, Error> LinuxFileManager::readExtendedAttribute(const std::string& path,
                                                                          const std::string& name,
                                                                          std::span<char> room) {
     constexpr const char* doing = "read an extended attribute of";
-    if (Failure refused = refusedPath(doing, path)) {
+    if (Failure refused = posix::refusedPath(doing, path)) {
         return *refused;
     }
     const auto attribute = hostName(name);
     if (!attribute) {
-        return fileError(doing, path, EINVAL);
+        return posix::fileError(doing, path, EINVAL);
     }
     const ssize_t size = ::getxattr(path.c_str(), attribute->c_str(), room.data(), room.size());
     if (size < 0) {
-        return fileError(doing, path, errno);
+        return posix::fileError(doing, path, errno);
     }
     return static_cast<std::size_t>(size);
 }
@@ -82,20 +82,20 @@ std::variant<std::size_t, Error> LinuxFileManager::readExtendedAttribute(const s
 Failure LinuxFileManager::setExtendedAttribute(const std::string& path, const std::string& name,
                                                std::span<const char> value) {
     constexpr const char* doing = "set an extended attribute of";
-    if (Failure refused = refusedPath(doing, path)) {
+    if (Failure refused = posix::refusedPath(doing, path)) {
         return refused;
     }
     const auto attribute = hostName(name);
     if (!attribute) {
-        return fileError(doing, path, EINVAL);
+        return posix::fileError(doing, path, EINVAL);
     }
     const bool done = ::setxattr(path.c_str(), attribute->c_str(), value.data(), value.size(), 0) == 0;
-    return done ? Failure{} : fileError(doing, path, errno);
+    return done ? Failure{} : posix::fileError(doing, path, errno);
 }
 
 std::optional<int> LinuxFileManager::labelNumber(const std::string& path) {
     struct stat status {};
-    if (refusedPath("read the label of", path) || ::lstat(path.c_str(), &status) != 0) {
+    if (posix::refusedPath("read the label of", path) || ::lstat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }
     FinderInfo info;
@@ -107,11 +107,11 @@ std::optional<int> LinuxFileManager::labelNumber(const std::string& path) {
 
 Failure LinuxFileManager::setLabelNumber(const std::string& path, long number) {
     constexpr const char* doing = "set the label of";
-    if (Failure refused = refusedPath(doing, path)) {
+    if (Failure refused = posix::refusedPath(doing, path)) {
         return refused;
     }
     if (number < 0 || number > static_cast<long>(labelMask)) {
-        return fileError(doing, path, EINVAL);
+        return posix::fileError(doing, path, EINVAL);
     }
     FinderInfo info;
     int code = readFinderInfo(path, info);
@@ -120,7 +120,7 @@ Failure LinuxFileManager::setLabelNumber(const std::string& path, long number) {
         info[labelByte] = static_cast<unsigned char>(others | (static_cast<unsigned>(number) << labelShift));
         code = writeFinderInfo(path, info);
     }
-    return code == 0 ? Failure{} : fileError(doing, path, code);
+    return code == 0 ? Failure{} : posix::fileError(doing, path, code);
 }
 
 }  // namespace platform::linux_host

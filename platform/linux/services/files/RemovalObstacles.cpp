@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/FolderListing.h"
 #include "platform/linux/services/files/FolderTrail.h"
 #include "platform/linux/services/files/ItemRemover.h"
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -96,9 +96,9 @@ private:
     Failure obstacle(const std::string& name, int code) const {
         std::string path = m_path;
         for (std::size_t i = 1; i < m_levels.size(); ++i) {
-            path = joinPath(path, m_levels[i].name);
+            path = posix::joinPath(path, m_levels[i].name);
         }
-        return fileError("remove", name.empty() ? path : joinPath(path, name), code);
+        return posix::fileError("remove", name.empty() ? path : posix::joinPath(path, name), code);
     }
 
     std::string m_path;
@@ -111,16 +111,16 @@ private:
 Failure findRemovalObstacle(const ItemPlace& item) {
     struct statx status {};
     if (::statx(item.folder, item.name.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) != 0) {
-        return fileError("remove", item.shown, errno);
+        return posix::fileError("remove", item.shown, errno);
     }
     if ((status.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0) {
-        return fileError("remove", item.shown, EPERM);
+        return posix::fileError("remove", item.shown, EPERM);
     }
     if (!S_ISDIR(status.stx_mode)) {
         return {};
     }
     posix::Descriptor folder(::openat(item.folder, item.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    return folder ? ObstacleSearch(std::move(folder), item.shown).run() : fileError("remove", item.shown, errno);
+    return folder ? ObstacleSearch(std::move(folder), item.shown).run() : posix::fileError("remove", item.shown, errno);
 }
 
 }  // namespace platform::linux_host

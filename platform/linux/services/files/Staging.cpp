@@ -1,49 +1,22 @@
 #include "platform/linux/services/files/Staging.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <atomic>
 #include <cerrno>
-#include <chrono>
-#include <cstdint>
 #include <cstdio>
 
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/StagedName.h"
 
 namespace platform::linux_host {
 
-namespace {
-
-std::uint64_t randomNumber() {
-    std::uint64_t number = 0;
-    if (::getrandom(&number, sizeof number, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof number)) {
-        return number;
-    }
-    // Early in the machine's life: names need to differ, not to be secret.
-    static std::atomic<std::uint64_t> counter{0};
-    const auto now = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
-    return (now << 20U) ^ (static_cast<std::uint64_t>(::getpid()) << 44U) ^ counter.fetch_add(1);
-}
-
-}  // namespace
-
-std::string stagedName() {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), ".wickfield-%016llx", static_cast<unsigned long long>(randomNumber()));
-    return text.data();
-}
-
-std::string stagedSibling(const std::string& path) { return joinPath(splitPath(path).folder, stagedName()); }
-
 ItemPlace stagedSibling(const ItemPlace& place) {
-    const std::string staged = stagedName();
+    const std::string staged = posix::stagedName();
     return {.folder = place.folder,
-            .name = joinPath(splitPath(place.name).folder, staged),
-            .shown = joinPath(splitPath(place.shown).folder, staged)};
+            .name = posix::joinPath(posix::splitPath(place.name).folder, staged),
+            .shown = posix::joinPath(posix::splitPath(place.shown).folder, staged)};
 }
 
 int renameWithoutReplacing(const ItemPlace& from, const ItemPlace& to) {

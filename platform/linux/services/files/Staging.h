@@ -2,17 +2,11 @@
 // step.
 #pragma once
 
-#include <string>
-
 #include "platform/linux/services/files/ItemPlace.h"
 
 namespace platform::linux_host {
 
-// A hidden name that nobody else uses: ".wickfield-" and 16 random hexadecimal digits.
-std::string stagedName();
-
-// The path or place with its last component replaced by a staged name.
-std::string stagedSibling(const std::string& path);
+// The place with its last component replaced by a staged name.
 ItemPlace stagedSibling(const ItemPlace& place);
 
 // Renames within one file system and never replaces what stands at `to`, a dangling link included. 0 or an errno.

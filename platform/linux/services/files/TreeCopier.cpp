@@ -8,9 +8,9 @@
 #include <utility>
 
 #include "platform/linux/services/files/FileContents.h"
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/FolderListing.h"
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -168,9 +168,9 @@ Failure TreeCopier::finishFolder() {
 Failure TreeCopier::failure(std::string_view doing, const std::string& name, int code) const {
     std::string path = m_path;
     for (std::size_t i = 1; i < m_levels.size(); ++i) {
-        path = joinPath(path, m_levels[i].name);
+        path = posix::joinPath(path, m_levels[i].name);
     }
-    return fileError(doing, name.empty() ? path : joinPath(path, name), code);
+    return posix::fileError(doing, name.empty() ? path : posix::joinPath(path, name), code);
 }
 
 }  // namespace platform::linux_host

@@ -8,11 +8,11 @@
 #include <optional>
 #include <variant>
 
-#include "platform/linux/services/files/AtomicFile.h"
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/LinuxFileManager.h"
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/propertylists/LinuxPropertyLists.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/WholeFile.h"
 
 namespace platform::linux_host {
 
@@ -77,7 +77,7 @@ std::string stringOf(const PropertyDictionary& information, const char* key) {
 // Empty when the bundle lacks it.
 std::string programOf(const std::string& bundle, const std::string& executable) {
     for (const char* folder : {"Contents/Linux", "Contents/MacOS"}) {
-        std::string path = joinPath(joinPath(bundle, folder), executable);
+        std::string path = posix::joinPath(posix::joinPath(bundle, folder), executable);
         if (isProgram(path)) {
             return path;
         }
@@ -89,7 +89,7 @@ std::string iconOf(const std::string& bundle, const std::string& name) {
     if (!isPlainName(name)) {
         return {};
     }
-    const std::string resource = joinPath(joinPath(bundle, "Contents/Resources"), name);
+    const std::string resource = posix::joinPath(posix::joinPath(bundle, "Contents/Resources"), name);
     const std::string stem = name.ends_with(".icns") ? resource.substr(0, resource.size() - 5) : resource;
     for (const std::string& path : {stem + ".svg", stem + ".png", resource}) {  // no desktop reads the others
         if ((path.ends_with(".svg") || path.ends_with(".png")) && isRegularFile(path)) {
@@ -100,7 +100,7 @@ std::string iconOf(const std::string& bundle, const std::string& name) {
 }
 
 std::variant<BundleApplication, int> applicationIn(const std::string& bundle) {
-    const auto bytes = readWholeFile(joinPath(bundle, "Contents/Info.plist"), largestInformation);
+    const auto bytes = posix::readWholeFile(posix::joinPath(bundle, "Contents/Info.plist"), largestInformation);
     if (!bytes) {
         return ENOENT;
     }
@@ -110,7 +110,7 @@ std::variant<BundleApplication, int> applicationIn(const std::string& bundle) {
     if (information == nullptr) {
         return EINVAL;
     }
-    std::string stem = splitPath(bundle).name;
+    std::string stem = posix::splitPath(bundle).name;
     stem.resize(stem.size() - bundleExtension.size());
     const auto textOr = [&](const char* key, const std::string& otherwise) {
         std::string text = stringOf(*information, key);
@@ -154,29 +154,29 @@ std::string applicationEntry(const BundleApplication& application) {
 }
 
 Failure writeApplicationEntry(const std::string& bundlePath, const std::string& dataFolder) {
-    if (Failure refused = refusedPath(doing, bundlePath)) {
+    if (Failure refused = posix::refusedPath(doing, bundlePath)) {
         return refused;
     }
-    const std::string bundle = withoutTrailingSlashes(bundlePath);
-    const std::string name = splitPath(bundle).name;
+    const std::string bundle = posix::withoutTrailingSlashes(bundlePath);
+    const std::string name = posix::splitPath(bundle).name;
     if (!bundle.starts_with('/') || !name.ends_with(bundleExtension) || name.size() == bundleExtension.size()) {
-        return fileError(doing, bundlePath, EINVAL);
+        return posix::fileError(doing, bundlePath, EINVAL);
     }
     const auto found = applicationIn(bundle);
     if (const int* code = std::get_if<int>(&found)) {
-        return fileError(doing, bundlePath, *code);
+        return posix::fileError(doing, bundlePath, *code);
     }
     const auto& application = std::get<BundleApplication>(found);
-    const std::string folder = joinPath(dataFolder, "applications");
-    const std::string path = joinPath(folder, application.identifier + ".desktop");
+    const std::string folder = posix::joinPath(dataFolder, "applications");
+    const std::string path = posix::joinPath(folder, application.identifier + ".desktop");
     const std::string entry = applicationEntry(application);
-    if (readWholeFile(path, entry.size()) == entry) {
+    if (posix::readWholeFile(path, entry.size()) == entry) {
         return {};
     }
     if (Failure failure = LinuxFileManager().createDirectory(folder, Intermediates::yes)) {
         return failure;
     }
-    return replaceFile(path, entry);
+    return posix::replaceFile(path, entry);
 }
 
 }  // namespace platform::linux_host

@@ -4,8 +4,8 @@
 #include <iterator>
 #include <utility>
 
-#include "platform/linux/services/files/AtomicFile.h"
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/WholeFile.h"
 
 namespace platform::linux_host {
 
@@ -179,8 +179,8 @@ std::optional<DesktopEntry> findDesktopEntry(const std::string& identifier,
         return std::nullopt;
     }
     for (const std::string& folder : dataFolders) {
-        const std::string path = joinPath(joinPath(folder, "applications"), identifier + ".desktop");
-        if (const auto text = readWholeFile(path, largestEntry)) {
+        const std::string path = posix::joinPath(posix::joinPath(folder, "applications"), identifier + ".desktop");
+        if (const auto text = posix::readWholeFile(path, largestEntry)) {
             auto entry = parseDesktopEntry(*text);
             if (entry) {
                 entry->path = path;

@@ -12,8 +12,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/ArgumentPointers.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -60,7 +61,7 @@ std::optional<std::string> findProgram(const std::string& name) {
     std::string_view folders = variable != nullptr ? variable : "/usr/local/bin:/usr/bin:/bin";
     while (!folders.empty() && !name.empty()) {
         const auto end = std::min(folders.find(':'), folders.size());
-        const std::string path = joinPath(std::string(folders.substr(0, end)), name);
+        const std::string path = posix::joinPath(std::string(folders.substr(0, end)), name);
         if (path.starts_with('/') && isProgram(path)) {
             return path;
         }
@@ -81,12 +82,7 @@ bool startDetached(const std::vector<std::string>& command) {
     if (std::any_of(command.begin(), command.end(), holdsNul)) {
         return false;  // the system would cut the word short
     }
-    std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
-    for (const std::string& word : command) {
-        arguments.push_back(const_cast<char*>(word.c_str()));  // exec does not write there
-    }
-    arguments.push_back(nullptr);
+    const auto arguments = posix::pointersTo(command);
     const pid_t child = ::fork();
     if (child == 0) {
         ::setsid();

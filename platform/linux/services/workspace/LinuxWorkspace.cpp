@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/workspace/ApplicationEntry.h"
 #include "platform/linux/services/workspace/DesktopEntries.h"
 #include "platform/linux/services/workspace/DetachedProcess.h"
 #include "platform/linux/services/workspace/Mounts.h"
 #include "platform/linux/services/workspace/Packages.h"
 #include "platform/linux/services/workspace/Trash.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -34,12 +34,12 @@ LinuxWorkspace::LinuxWorkspace(Identity& identity) : m_identity(identity) {}
 bool LinuxWorkspace::isFilePackage(const std::string& path) { return isPackage(path); }
 
 Failure LinuxWorkspace::recycle(const std::string& folder, const std::string& name, const std::string& trashFolder) {
-    const std::string home = splitPath(trashFolder).folder;
-    const std::string usual = joinPath(home, ".local/share");
-    const bool isOwnHome = home == withoutTrailingSlashes(m_identity.homeFolder());
+    const std::string home = posix::splitPath(trashFolder).folder;
+    const std::string usual = posix::joinPath(home, ".local/share");
+    const bool isOwnHome = home == posix::withoutTrailingSlashes(m_identity.homeFolder());
     return recycleItem(
         folder, name,
-        {withoutTrailingSlashes(trashFolder), isOwnHome ? absoluteVariable("XDG_DATA_HOME", usual) : usual});
+        {posix::withoutTrailingSlashes(trashFolder), isOwnHome ? absoluteVariable("XDG_DATA_HOME", usual) : usual});
 }
 
 std::vector<std::string> LinuxWorkspace::mountedLocalVolumePaths() { return localMountPoints(); }
@@ -74,7 +74,7 @@ Failure LinuxWorkspace::registerApplication(const std::string& bundlePath) {
 
 std::vector<std::string> LinuxWorkspace::dataFolders() {
     std::vector<std::string> folders{
-        absoluteVariable("XDG_DATA_HOME", joinPath(m_identity.homeFolder(), ".local/share"))};
+        absoluteVariable("XDG_DATA_HOME", posix::joinPath(m_identity.homeFolder(), ".local/share"))};
     const char* variable = std::getenv("XDG_DATA_DIRS");
     std::string_view others = variable != nullptr && *variable != '\0' ? variable : "/usr/local/share:/usr/share";
     while (!others.empty()) {

@@ -7,14 +7,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <optional>
 #include <utility>
 
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/RealPath.h"
 
 namespace platform::linux_host {
 
@@ -77,7 +76,7 @@ std::optional<std::uint64_t> mountOf(int folder, const char* path, int flags) {
     return (std::uint64_t{status.stx_dev_major} << 32U) | status.stx_dev_minor;  // kernels that do not tell
 }
 
-std::optional<std::uint64_t> mountOf(const std::string& path) { return mountOf(AT_FDCWD, systemPath(path), 0); }
+std::optional<std::uint64_t> mountOf(const std::string& path) { return mountOf(AT_FDCWD, posix::systemPath(path), 0); }
 
 }  // namespace
 
@@ -103,14 +102,13 @@ std::vector<std::string> localMountPoints() {
 }
 
 std::string mountPointOf(const std::string& folder) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(systemPath(folder), nullptr), &std::free);
-    if (!real) {
+    std::string point = posix::realPath(folder);
+    if (point.empty()) {
         return {};
     }
-    std::string point = real.get();
     const auto mount = mountOf(point);
-    while (mount && point != "/" && mountOf(splitPath(point).folder) == mount) {
-        point = splitPath(point).folder;
+    while (mount && point != "/" && mountOf(posix::splitPath(point).folder) == mount) {
+        point = posix::splitPath(point).folder;
     }
     return mount ? point : std::string();
 }

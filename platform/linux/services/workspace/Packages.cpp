@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/linux/services/files/PathParts.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 
@@ -26,7 +26,7 @@ char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' +
 bool hasBundleBit(const std::string& path) {
     std::array<unsigned char, 32> finderInfo{};
     const ssize_t size =
-        ::getxattr(systemPath(path), "user.com.apple.FinderInfo", finderInfo.data(), finderInfo.size());
+        ::getxattr(posix::systemPath(path), "user.com.apple.FinderInfo", finderInfo.data(), finderInfo.size());
     // The flags are the big-endian 16 bits at offset 8; the bundle bit is 0x2000.
     return size == static_cast<ssize_t>(finderInfo.size()) && (finderInfo[8] & 0x20U) != 0;
 }
@@ -45,10 +45,10 @@ bool hasPackageExtension(std::string_view name) {
 
 bool isPackage(const std::string& path) {
     struct stat status {};
-    if (::stat(systemPath(path), &status) != 0 || !S_ISDIR(status.st_mode)) {
+    if (::stat(posix::systemPath(path), &status) != 0 || !S_ISDIR(status.st_mode)) {
         return false;
     }
-    return hasPackageExtension(splitPath(path).name) || hasBundleBit(path);
+    return hasPackageExtension(posix::splitPath(path).name) || hasBundleBit(path);
 }
 
 }  // namespace platform::linux_host

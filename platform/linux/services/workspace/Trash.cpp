@@ -5,16 +5,15 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
 #include <optional>
 #include <utility>
 
 #include "platform/linux/services/files/ActingAs.h"
-#include "platform/linux/services/files/FileErrors.h"
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/workspace/Mounts.h"
 #include "platform/linux/services/workspace/TrashFolder.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/RealPath.h"
 
 namespace platform::linux_host {
 
@@ -45,7 +44,7 @@ User userOf(const std::string& home) {
 // The folder and those above it, made as far as they are missing; the user's home folder is never made.
 posix::Descriptor makeFoldersBelow(const std::string& home, const std::string& path, const User& user) {
     posix::Descriptor there = openFolder(AT_FDCWD, path);
-    const PathParts parts = splitPath(path);
+    const posix::PathParts parts = posix::splitPath(path);
     if (there || errno != ENOENT || path == home || parts.name.empty()) {
         return there;
     }
@@ -60,7 +59,7 @@ std::optional<TrashFolder> standardTrash(const std::string& home, const std::str
 
 // A folder of the user's that serves as his Trash.
 std::optional<TrashFolder> plainTrash(int home, const std::string& path, int flags, const User& user) {
-    posix::Descriptor items = openFolder(home, splitPath(path).name, flags);
+    posix::Descriptor items = openFolder(home, posix::splitPath(path).name, flags);
     if (!items || (user && !belongsTo(items.get(), user))) {
         return std::nullopt;
     }
@@ -69,7 +68,7 @@ std::optional<TrashFolder> plainTrash(int home, const std::string& path, int fla
 
 std::optional<TrashFolder> userTrash(const UserTrash& trash, const User& user) {
     const ActingAs rights(user);
-    const std::string homePath = splitPath(trash.folder).folder;
+    const std::string homePath = posix::splitPath(trash.folder).folder;
     const posix::Descriptor home = rights ? openFolder(AT_FDCWD, homePath) : posix::Descriptor();
     if (!home) {
         return std::nullopt;
@@ -77,17 +76,17 @@ std::optional<TrashFolder> userTrash(const UserTrash& trash, const User& user) {
     if (auto plain = plainTrash(home.get(), trash.folder, O_NOFOLLOW, user)) {
         return plain;
     }
-    auto standard = standardTrash(homePath, joinPath(trash.dataHome, "Trash"), user);
+    auto standard = standardTrash(homePath, posix::joinPath(trash.dataHome, "Trash"), user);
     auto elsewhere = plainTrash(home.get(), trash.folder, 0, user);
     if (elsewhere && !(standard && isSameFolder(elsewhere->items.get(), standard->items.get()))) {
         return elsewhere;
     }
     if (standard) {
-        const std::string below = joinPath(homePath, "");
+        const std::string below = posix::joinPath(homePath, "");
         const std::string target =
             standard->path.starts_with(below) ? standard->path.substr(below.size()) : standard->path;
         (void)::symlinkat(target.c_str(), home.get(),
-                          splitPath(trash.folder).name.c_str());  // unless anything is there
+                          posix::splitPath(trash.folder).name.c_str());  // unless anything is there
     }
     return standard;
 }
@@ -111,7 +110,7 @@ std::optional<TrashFolder> fileSystemTrash(const std::string& topFolder, const U
     if (!top) {
         return std::nullopt;
     }
-    std::string path = joinPath(topFolder, ".Trash/" + number);
+    std::string path = posix::joinPath(topFolder, ".Trash/" + number);
     posix::Descriptor root;
     const posix::Descriptor shared = openFolder(top.get(), ".Trash", O_NOFOLLOW);
     struct stat status {};
@@ -119,7 +118,7 @@ std::optional<TrashFolder> fileSystemTrash(const std::string& topFolder, const U
         root = privateFolder(shared.get(), number, user);
     }
     if (!root) {
-        path = joinPath(topFolder, ".Trash-" + number);
+        path = posix::joinPath(topFolder, ".Trash-" + number);
         root = privateFolder(top.get(), ".Trash-" + number, user);
     }
     if (!root && user) {
@@ -135,26 +134,26 @@ std::optional<TrashFolder> fileSystemTrash(const std::string& topFolder, const U
 }  // namespace
 
 Failure recycleItem(const std::string& folder, const std::string& name, const UserTrash& trash) {
-    const std::string path = joinPath(folder, name);
-    if (Failure refused = refusedPath("move to the Trash", path)) {
+    const std::string path = posix::joinPath(folder, name);
+    if (Failure refused = posix::refusedPath("move to the Trash", path)) {
         return refused;
     }
     if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
-        return fileError("move to the Trash", path, EINVAL);
+        return posix::fileError("move to the Trash", path, EINVAL);
     }
-    const std::unique_ptr<char, decltype(&std::free)> realFolder(::realpath(folder.c_str(), nullptr), &std::free);
-    const posix::Descriptor source = realFolder ? openFolder(AT_FDCWD, realFolder.get()) : posix::Descriptor();
+    const std::string realFolder = posix::realPath(folder);
+    const posix::Descriptor source = realFolder.empty() ? posix::Descriptor() : openFolder(AT_FDCWD, realFolder);
     struct stat status {};
     if (!source || ::fstatat(source.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return fileError("move to the Trash", path, errno);
+        return posix::fileError("move to the Trash", path, errno);
     }
-    const ItemPlace item{.folder = source.get(), .name = name, .shown = joinPath(realFolder.get(), name)};
-    const User user = userOf(splitPath(trash.folder).folder);
+    const ItemPlace item{.folder = source.get(), .name = name, .shown = posix::joinPath(realFolder, name)};
+    const User user = userOf(posix::splitPath(trash.folder).folder);
     const std::optional<TrashFolder> own = userTrash(trash, user);
     if (own && areOnSameMount(source.get(), own->items.get())) {
         return moveIntoTrash(item, *own);
     }
-    const std::string top = mountPointOf(realFolder.get());
+    const std::string top = mountPointOf(realFolder);
     const bool isLastResort = !own && user;
     if (!top.empty() && (top != "/" || isLastResort)) {
         if (const auto beside = fileSystemTrash(top, user)) {
@@ -164,7 +163,7 @@ Failure recycleItem(const std::string& folder, const std::string& name, const Us
             }
         }
     }
-    return own ? moveIntoTrash(item, *own) : fileError("find or make the Trash at", trash.folder, EACCES);
+    return own ? moveIntoTrash(item, *own) : posix::fileError("find or make the Trash at", trash.folder, EACCES);
 }
 
 }  // namespace platform::linux_host

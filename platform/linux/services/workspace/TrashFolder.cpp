@@ -11,10 +11,11 @@
 #include <utility>
 
 #include "platform/linux/services/files/ActingAs.h"
-#include "platform/linux/services/files/FileErrors.h"
 #include "platform/linux/services/files/ItemMover.h"
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/files/Staging.h"
+#include "platform/posix/FileErrors.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/StagedName.h"
 
 namespace platform::linux_host {
 
@@ -99,10 +100,11 @@ Failure moveUnderName(const ItemPlace& item, const TrashFolder& trash, const std
     if (trash.notes) {
         const std::string text = trashNote(notedPath(item.shown, trash.topFolder), std::time(nullptr));
         if (const int code = writeNote(trash, note, text); code != 0) {
-            return fileError("move to the Trash", item.shown, code);
+            return posix::fileError("move to the Trash", item.shown, code);
         }
     }
-    Failure failed = moveItem(item, {.folder = trash.items.get(), .name = name, .shown = joinPath(trash.path, name)});
+    Failure failed =
+        moveItem(item, {.folder = trash.items.get(), .name = name, .shown = posix::joinPath(trash.path, name)});
     if (failed && trash.notes && exists(item)) {
         removeNote(trash, note);
     }
@@ -131,14 +133,14 @@ posix::Descriptor privateFolder(int parent, const std::string& name, const std::
 std::optional<TrashFolder> makeTrash(int trash, const std::string& path, const std::optional<Owner>& user) {
     TrashFolder made{.items = privateFolder(trash, "files", user),
                      .notes = privateFolder(trash, "info", user),
-                     .path = joinPath(path, "files"),
+                     .path = posix::joinPath(path, "files"),
                      .topFolder = {},
                      .user = user};
     return made.items && made.notes ? std::optional(std::move(made)) : std::nullopt;
 }
 
 Failure moveIntoTrash(const ItemPlace& item, const TrashFolder& trash) {
-    const std::string name = splitPath(item.name).name;
+    const std::string name = posix::splitPath(item.name).name;
     Failure failed;
     for (int attempt = 0; attempt < attempts; ++attempt) {
         failed = moveUnderName(item, trash, trashName(name, attempt));
@@ -155,7 +157,7 @@ std::string trashName(const std::string& name, int attempt) {
     }
     std::string mark;
     if (attempt >= countedAttempts) {
-        mark = stagedName().substr(stagedName().rfind('-'));
+        mark = posix::stagedName().substr(posix::stagedName().rfind('-'));
         mark.front() = '.';
     } else if (attempt > 0) {
         mark = "." + std::to_string(attempt + 1);

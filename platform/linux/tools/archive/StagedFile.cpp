@@ -7,12 +7,12 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "platform/linux/services/files/Staging.h"
 #include "platform/linux/tools/archive/FileBytes.h"
+#include "platform/posix/StagedName.h"
 
 namespace platform::linux_host {
 
-StagedFile::StagedFile(const std::string& path) : m_path(path), m_staged(stagedSibling(path)) {
+StagedFile::StagedFile(const std::string& path) : m_path(path), m_staged(posix::stagedSibling(path)) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
         failWithErrno("cannot write", path, EISDIR);

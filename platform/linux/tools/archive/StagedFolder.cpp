@@ -10,9 +10,10 @@
 
 #include "platform/linux/services/files/FolderListing.h"
 #include "platform/linux/services/files/ItemRemover.h"
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/services/files/Staging.h"
 #include "platform/linux/tools/archive/FileBytes.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/StagedName.h"
 
 namespace platform::linux_host {
 
@@ -24,7 +25,7 @@ void makeFolders(const std::string& path) {
     if (::mkdir(path.c_str(), 0777) == 0 || errno == EEXIST) {
         return;
     }
-    const std::string parent = splitPath(path).folder;
+    const std::string parent = posix::splitPath(path).folder;
     if (errno != ENOENT || parent == path || path.empty()) {
         failWithErrno("cannot make", path, errno);
     }
@@ -73,7 +74,7 @@ int obstacleBetween(int from, int to) {
 void checkMerge(int from, int to, const std::string& path) {
     bool bringsItems = false;
     for (const auto& entry : entriesOf(from)) {
-        const std::string inner = path.empty() ? entry.name : joinPath(path, entry.name);
+        const std::string inner = path.empty() ? entry.name : posix::joinPath(path, entry.name);
         const bool bringsFolder = isFolder(from, entry.name);
         const bool meetsFolder = isFolder(to, entry.name);
         if (bringsFolder && meetsFolder) {
@@ -110,17 +111,17 @@ void mergeInto(int from, int to) {
 
 }  // namespace
 
-StagedFolder::StagedFolder(const std::string& destination) : m_destination(withoutTrailingSlashes(destination)) {
+StagedFolder::StagedFolder(const std::string& destination) : m_destination(posix::withoutTrailingSlashes(destination)) {
     struct stat status {};
     m_isNew = ::lstat(m_destination.c_str(), &status) != 0;
     if (m_isNew && errno != ENOENT) {
         failWithErrno("cannot open", destination, errno);
     }
     if (m_isNew) {
-        makeFolders(splitPath(m_destination).folder);
-        m_path = stagedSibling(m_destination);
+        makeFolders(posix::splitPath(m_destination).folder);
+        m_path = posix::stagedSibling(m_destination);
     } else {
-        m_path = joinPath(m_destination, stagedName());
+        m_path = posix::joinPath(m_destination, posix::stagedName());
     }
     if (::mkdir(m_path.c_str(), 0700) != 0) {
         failWithErrno("cannot unpack into", destination, errno);

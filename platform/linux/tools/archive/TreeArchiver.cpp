@@ -8,14 +8,11 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/services/files/FolderListing.h"
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/tools/archive/FileBytes.h"
 #include "platform/linux/tools/archive/Interruption.h"
 #include "platform/linux/tools/archive/Packing.h"
@@ -25,6 +22,8 @@
 #include "platform/linux/tools/archive/ZipFormat.h"
 #include "platform/linux/tools/archive/ZipWriter.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/RealPath.h"
 
 namespace platform::linux_host {
 
@@ -36,8 +35,8 @@ constexpr std::uint64_t smallFile = std::uint64_t{4} << 20U;
 // Where something stands, whatever path leads there.
 class Spot {
 public:
-    explicit Spot(const std::string& path) : m_name(splitPath(path).name) {
-        m_known = ::stat(splitPath(path).folder.c_str(), &m_folder) == 0;
+    explicit Spot(const std::string& path) : m_name(posix::splitPath(path).name) {
+        m_known = ::stat(posix::splitPath(path).folder.c_str(), &m_folder) == 0;
     }
     bool is(int folder, const std::string& name) const {
         struct stat status {};
@@ -252,10 +251,9 @@ private:
 
 // What the source is called where its path does not end in a name, as in "." or "folder/..".
 std::string nameOf(const std::string& source) {
-    std::string name = splitPath(source).name;
+    std::string name = posix::splitPath(source).name;
     if (name == "." || name == "..") {
-        const std::unique_ptr<char, decltype(&std::free)> real(::realpath(source.c_str(), nullptr), &std::free);
-        name = real ? splitPath(real.get()).name : std::string();
+        name = posix::splitPath(posix::realPath(source)).name;
     }
     return name;
 }

@@ -13,7 +13,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/services/files/PathParts.h"
 #include "platform/linux/tools/archive/FileBytes.h"
 #include "platform/linux/tools/archive/Interruption.h"
 #include "platform/linux/tools/archive/OpenFolders.h"
@@ -21,6 +20,7 @@
 #include "platform/linux/tools/archive/ToolFailure.h"
 #include "platform/linux/tools/archive/ZipContents.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::linux_host {
 

@@ -1,4 +1,5 @@
 #include "platform/linux/tools/diskutil/DiskInfo.h"
+#include "platform/posix/RealPath.h"
 
 #include <dirent.h>
 #include <libmount.h>
@@ -7,7 +8,6 @@
 #include <sys/sysmacros.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -17,11 +17,6 @@
 namespace platform::linux_host {
 
 namespace {
-
-std::string realPath(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-    return real ? std::string(real.get()) : std::string();
-}
 
 std::optional<std::string> firstLineOf(const std::string& path) {
     std::ifstream file(path);
@@ -47,7 +42,7 @@ std::string unescaped(const std::string& name) {
 std::optional<std::string> linkTo(const std::string& device, const std::string& folder) {
     const std::unique_ptr<DIR, int (*)(DIR*)> links(::opendir(folder.c_str()), &::closedir);
     while (const dirent* entry = links ? ::readdir(links.get()) : nullptr) {
-        if (entry->d_name[0] != '.' && realPath(folder + "/" + entry->d_name) == device) {
+        if (entry->d_name[0] != '.' && posix::realPath(folder + "/" + entry->d_name) == device) {
             return unescaped(entry->d_name);
         }
     }
@@ -73,9 +68,9 @@ void addDevice(PropertyDictionary& info, const std::string& node) {
     if (::stat(node.c_str(), &status) != 0 || !S_ISBLK(status.st_mode)) {
         return;
     }
-    const std::string folder = realPath("/sys/dev/block/" + std::to_string(major(status.st_rdev)) + ":" +
-                                        std::to_string(minor(status.st_rdev)));
-    const std::string device = realPath(node);
+    const std::string folder = posix::realPath("/sys/dev/block/" + std::to_string(major(status.st_rdev)) + ":" +
+                                               std::to_string(minor(status.st_rdev)));
+    const std::string device = posix::realPath(node);
     info["DeviceNode"] = PropertyValue{device};
     info["DeviceIdentifier"] = PropertyValue{device.substr(device.rfind('/') + 1)};
     addIfKnown(info, "VolumeName", linkTo(device, "/dev/disk/by-label"));
@@ -114,7 +109,7 @@ void addSizes(PropertyDictionary& info, const std::string& mountPoint) {
 }  // namespace
 
 PropertyDictionary diskInfo(const std::string& mountPoint) {
-    const std::string real = realPath(mountPoint);
+    const std::string real = posix::realPath(mountPoint);
     if (real.empty()) {
         throw std::runtime_error(mountPoint + ": " + std::generic_category().message(errno));
     }

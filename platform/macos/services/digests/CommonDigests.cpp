@@ -10,48 +10,16 @@ namespace platform::macos {
 
 namespace {
 
-struct MD5 {
-    using Context = CC_MD5_CTX;
-    static constexpr std::size_t size = CC_MD5_DIGEST_LENGTH;
-    static constexpr auto init = CC_MD5_Init;
-    static constexpr auto update = CC_MD5_Update;
-    static constexpr auto final = CC_MD5_Final;
-};
-
-struct SHA1 {
-    using Context = CC_SHA1_CTX;
-    static constexpr std::size_t size = CC_SHA1_DIGEST_LENGTH;
-    static constexpr auto init = CC_SHA1_Init;
-    static constexpr auto update = CC_SHA1_Update;
-    static constexpr auto final = CC_SHA1_Final;
-};
-
-struct SHA256 {
-    using Context = CC_SHA256_CTX;
-    static constexpr std::size_t size = CC_SHA256_DIGEST_LENGTH;
-    static constexpr auto init = CC_SHA256_Init;
-    static constexpr auto update = CC_SHA256_Update;
-    static constexpr auto final = CC_SHA256_Final;
-};
-
-struct SHA512 {
-    using Context = CC_SHA512_CTX;
-    static constexpr std::size_t size = CC_SHA512_DIGEST_LENGTH;
-    static constexpr auto init = CC_SHA512_Init;
-    static constexpr auto update = CC_SHA512_Update;
-    static constexpr auto final = CC_SHA512_Final;
-};
-
-// Each call answers 1 when it has worked.
-template <typename Kind>
+// The three calls answer 1 when they have worked.
+template <typename Context, std::size_t size, auto init, auto feed, auto end>
 class CommonDigest : public Digest {
 public:
-    CommonDigest() : m_usable(Kind::init(&m_context) == 1) {}
+    CommonDigest() : m_usable(init(&m_context) == 1) {}
 
     bool update(std::span<const std::byte> bytes) override {
         while (m_usable && !bytes.empty()) {
             const auto piece = bytes.first(std::min<std::size_t>(bytes.size(), std::numeric_limits<CC_LONG>::max()));
-            m_usable = Kind::update(&m_context, piece.data(), static_cast<CC_LONG>(piece.size())) == 1;
+            m_usable = feed(&m_context, piece.data(), static_cast<CC_LONG>(piece.size())) == 1;
             bytes = bytes.subspan(piece.size());
         }
         return m_usable;
@@ -66,22 +34,27 @@ public:
             return std::nullopt;
         }
         m_usable = false;
-        std::vector<std::byte> digest(Kind::size);
+        std::vector<std::byte> digest(size);
         // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes under another name
-        if (Kind::final(reinterpret_cast<unsigned char*>(digest.data()), &m_context) != 1) {
+        if (end(reinterpret_cast<unsigned char*>(digest.data()), &m_context) != 1) {
             return std::nullopt;
         }
         return digest;
     }
 
 private:
-    typename Kind::Context m_context{};
+    Context m_context{};
     bool m_usable;
 };
 
+using MD5 = CommonDigest<CC_MD5_CTX, CC_MD5_DIGEST_LENGTH, CC_MD5_Init, CC_MD5_Update, CC_MD5_Final>;
+using SHA1 = CommonDigest<CC_SHA1_CTX, CC_SHA1_DIGEST_LENGTH, CC_SHA1_Init, CC_SHA1_Update, CC_SHA1_Final>;
+using SHA256 = CommonDigest<CC_SHA256_CTX, CC_SHA256_DIGEST_LENGTH, CC_SHA256_Init, CC_SHA256_Update, CC_SHA256_Final>;
+using SHA512 = CommonDigest<CC_SHA512_CTX, CC_SHA512_DIGEST_LENGTH, CC_SHA512_Init, CC_SHA512_Update, CC_SHA512_Final>;
+
 template <typename Kind>
 std::unique_ptr<Digest> started() {
-    return std::unique_ptr<Digest>(new (std::nothrow) CommonDigest<Kind>);
+    return std::unique_ptr<Digest>(new (std::nothrow) Kind);
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <string>
 
 #import "platform/macos/foundation/Failures.h"
-#include "platform/macos/foundation/FileErrors.h"
 #import "platform/macos/foundation/Guarded.h"
+#include "platform/posix/FileErrors.h"
 
 namespace platform::macos {
 
@@ -21,10 +21,10 @@ inline NSFileManager* fileManager() { return [[[NSFileManager alloc] init] autor
 // Runs `call`, which gets a file manager, the path and where to put an error, and answers whether it has worked.
 template <typename Call>
 Failure attempt(const char* doing, const std::string& path, const Call& call) {
-    if (Failure refused = refusedPath(doing, path)) {
+    if (Failure refused = posix::refusedPath(doing, path)) {
         return refused;
     }
-    Failure failure = fileError(doing, path, EILSEQ);
+    Failure failure = posix::fileError(doing, path, EILSEQ);
     const bool ended = guarded(doing, [&] {
         NSString* const item = pathToNS(path);
         NSError* error = nil;
@@ -33,7 +33,7 @@ Failure attempt(const char* doing, const std::string& path, const Call& call) {
         }
         failure = call(fileManager(), item, &error) ? Failure{} : Failure{errorFromNS(error, path)};
     });
-    return ended ? failure : fileError(doing, path, EIO);
+    return ended ? failure : posix::fileError(doing, path, EIO);
 }
 
 }  // namespace platform::macos

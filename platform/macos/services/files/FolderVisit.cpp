@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <memory>
-#include <string_view>
+
+#include "platform/posix/FileTypes.h"
+#include "platform/posix/PathParts.h"
 
 namespace platform::macos {
 
@@ -16,28 +18,13 @@ struct CloseFolder {
     void operator()(DIR* folder) const { (void)::closedir(folder); }
 };
 
-FileType typeOfEntry(unsigned char type) {
-    switch (type) {
-        case DT_REG:
-            return FileType::regular;
-        case DT_DIR:
-            return FileType::folder;
-        case DT_LNK:
-            return FileType::symbolicLink;
-        case DT_UNKNOWN:
-            return FileType::unknown;
-        default:
-            return FileType::other;
-    }
-}
-
 VisitedEntry described(DIR* folder, const dirent& found, VisitSizes sizes) {
-    VisitedEntry entry{.name = found.d_name, .type = typeOfEntry(found.d_type), .size = 0};
+    VisitedEntry entry{.name = found.d_name, .type = posix::typeOfEntry(found.d_type), .size = 0};
     const bool wantsSize = sizes == VisitSizes::yes && entry.type != FileType::folder;
     struct stat status {};
     if ((wantsSize || entry.type == FileType::unknown) &&
         ::fstatat(::dirfd(folder), found.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
-        entry.type = typeOfMode(status.st_mode);
+        entry.type = posix::typeOfMode(status.st_mode);
         entry.size = wantsSize && entry.type != FileType::folder ? static_cast<std::uint64_t>(status.st_size) : 0;
     }
     return entry;
@@ -45,24 +32,8 @@ VisitedEntry described(DIR* folder, const dirent& found, VisitSizes sizes) {
 
 }  // namespace
 
-FileType typeOfMode(unsigned mode) {
-    switch (mode & S_IFMT) {
-        case S_IFREG:
-            return FileType::regular;
-        case S_IFDIR:
-            return FileType::folder;
-        case S_IFLNK:
-            return FileType::symbolicLink;
-        default:
-            return FileType::other;
-    }
-}
-
 bool visitFolder(const std::string& path, VisitSizes sizes, const std::function<void(const VisitedEntry&)>& visit) {
-    if (path.find('\0') != std::string::npos) {
-        return false;
-    }
-    const std::unique_ptr<DIR, CloseFolder> folder(::opendir(path.c_str()));
+    const std::unique_ptr<DIR, CloseFolder> folder(::opendir(posix::systemPath(path)));
     if (!folder) {
         return false;
     }
@@ -72,8 +43,7 @@ bool visitFolder(const std::string& path, VisitSizes sizes, const std::function<
         if (found == nullptr) {
             return errno == 0;
         }
-        const std::string_view name = found->d_name;
-        if (name != "." && name != "..") {
+        if (!posix::isDotOrDotDot(found->d_name)) {
             visit(described(folder.get(), *found, sizes));
         }
     }

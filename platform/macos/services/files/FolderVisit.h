@@ -10,7 +10,4 @@ namespace platform::macos {
 // As FileManager::visitDirectory.
 bool visitFolder(const std::string& path, VisitSizes sizes, const std::function<void(const VisitedEntry&)>& visit);
 
-// Of an item by its mode.
-FileType typeOfMode(unsigned mode);
-
 }  // namespace platform::macos

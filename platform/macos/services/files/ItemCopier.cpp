@@ -1,15 +1,16 @@
 #include "platform/macos/services/files/ItemCopier.h"
 
 #include <copyfile.h>
-#include <removefile.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <memory>
+#include <string>
 
 #include "platform/macos/services/files/Staging.h"
+#include "platform/macos/services/files/TreeRemoval.h"
+#include "platform/posix/PathParts.h"
+#include "platform/posix/RealPath.h"
+#include "platform/posix/StagedName.h"
 
 namespace platform::macos {
 
@@ -17,36 +18,47 @@ namespace {
 
 constexpr unsigned flagsAgainstRenaming = UF_IMMUTABLE | UF_APPEND;
 
-std::string realPath(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-    return real ? std::string(real.get()) : std::string();
-}
-
 // A copy within the folder that is copied would never come to its end.
 bool liesWithin(const std::string& folder, const std::string& other) {
-    const std::string outer = realPath(folder);
-    const std::string inner = realPath(other);
+    const std::string outer = posix::realPath(folder);
+    const std::string inner = posix::realPath(other);
     return !outer.empty() && (inner == outer || inner.starts_with(outer == "/" ? outer : outer + "/"));
 }
 
 bool exists(const std::string& path, struct stat& status) { return ::lstat(path.c_str(), &status) == 0; }
 
-void removeCopy(const std::string& path) { (void)::removefile(path.c_str(), nullptr, REMOVEFILE_RECURSIVE); }
-
-// A folder's path with a "/" at its end would stand for what lies in it.
-int copyTo(const std::string& staged, const std::string& source, bool isFolder) {
-    constexpr copyfile_flags_t alone = COPYFILE_ALL | COPYFILE_NOFOLLOW | COPYFILE_CLONE;
-    const copyfile_flags_t how = isFolder ? alone | COPYFILE_RECURSIVE : alone;
-    const std::string item = isFolder ? source.substr(0, source.find_last_not_of('/') + 1) : source;
-    return ::copyfile(item.empty() ? "/" : item.c_str(), staged.c_str(), nullptr, how) == 0 ? 0 : errno;
+int copyBy(copyfile_flags_t how, const std::string& source, const std::string& staged) {
+    return ::copyfile(source.c_str(), staged.c_str(), nullptr, how) == 0 ? 0 : errno;
 }
+
+int copyFolder(const std::string& source, const std::string& staged) {
+    constexpr copyfile_flags_t how = COPYFILE_ALL | COPYFILE_NOFOLLOW | COPYFILE_RECURSIVE;
+    // With a "/" at its end the path would stand for what lies in the folder.
+    const std::string folder = posix::withoutTrailingSlashes(source);
+    const int code = copyBy(how | COPYFILE_CLONE, folder, staged);
+    if (code != EACCES && code != EPERM) {
+        return code;
+    }
+    // Once a folder in it cannot be cloned, a read-only or locked one may get its mode or flags before its contents.
+    (void)removeUnlocking(staged);
+    return copyBy(how, folder, staged);
+}
+
+// A clone of a file loses the bits that let it run as somebody else.
+int copyAlone(const std::string& source, const std::string& staged, mode_t mode) {
+    const bool runsAsAnother = S_ISREG(mode) && (mode & (S_ISUID | S_ISGID)) != 0;
+    return copyBy(COPYFILE_ALL | COPYFILE_NOFOLLOW | (runsAsAnother ? 0 : COPYFILE_CLONE), source, staged);
+}
+
+// Where the file system has no such call, or knows no way.
+bool cannotRenameInOneStep(int code) { return code == ENOTSUP || code == ENOSYS; }
 
 int rename(const std::string& from, const std::string& to, PlainMove plainMove) {
     const int code = renameWithoutReplacing(from, to);
-    return code == ENOTSUP ? plainMove(from, to) : code;
+    return cannotRenameInOneStep(code) ? plainMove(from, to) : code;
 }
 
-// An item that is locked keeps its name: it is unlocked for the moment of the rename.
+// An item that is locked keeps its name: it is unlocked for the moment of the rename, and stays so when that fails.
 int renameUnlocked(const std::string& from, const std::string& to, PlainMove plainMove) {
     struct stat status {};
     if (!exists(from, status)) {
@@ -60,22 +72,26 @@ int renameUnlocked(const std::string& from, const std::string& to, PlainMove pla
         return errno;
     }
     const int code = rename(from, to, plainMove);
-    (void)::lchflags(code == 0 ? to.c_str() : from.c_str(), flags);
+    if (code == 0) {
+        (void)::lchflags(to.c_str(), flags);
+    }
     return code;
 }
 
 int moveAcross(const std::string& source, const std::string& destination, PlainMove plainMove) {
-    const int code = copyWithoutReplacing(source, destination, plainMove);
-    if (code != 0) {
+    if (const int code = removalObstacle(source); code != 0) {
+        return code;
+    }
+    if (const int code = copyWithoutReplacing(source, destination, plainMove); code != 0) {
         return code;
     }
     // The original goes in one step, too, before its parts go: what cannot be renamed could not be removed.
-    const std::string leaving = stagedSibling(source);
-    if (const int refused = renameWithoutReplacing(source, leaving); refused != 0) {
-        removeCopy(destination);
-        return refused;
+    const std::string leaving = posix::stagedSibling(source);
+    if (const int code = rename(source, leaving, plainMove); code != 0) {
+        (void)removeUnlocking(destination);
+        return code;
     }
-    return ::removefile(leaving.c_str(), nullptr, REMOVEFILE_RECURSIVE) == 0 ? 0 : errno;
+    return removeUnlocking(leaving);
 }
 
 }  // namespace
@@ -85,20 +101,20 @@ int copyWithoutReplacing(const std::string& source, const std::string& destinati
     if (!exists(source, status)) {
         return errno;
     }
-    if (S_ISDIR(status.st_mode) && liesWithin(source, folderOf(destination))) {
+    if (S_ISDIR(status.st_mode) && liesWithin(source, posix::splitPath(destination).folder)) {
         return EINVAL;
     }
     struct stat standing {};
     if (exists(destination, standing)) {
         return EEXIST;
     }
-    const std::string staged = stagedSibling(destination);
-    int code = copyTo(staged, source, S_ISDIR(status.st_mode));
+    const std::string staged = posix::stagedSibling(destination);
+    int code = S_ISDIR(status.st_mode) ? copyFolder(source, staged) : copyAlone(source, staged, status.st_mode);
     if (code == 0) {
         code = renameUnlocked(staged, destination, plainMove);
     }
     if (code != 0) {
-        removeCopy(staged);
+        (void)removeUnlocking(staged);
     }
     return code;
 }

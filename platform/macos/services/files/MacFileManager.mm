@@ -2,26 +2,17 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
-#include <memory>
-#include <utility>
-
 #import "platform/macos/foundation/Dates.h"
 #import "platform/macos/foundation/Text.h"
-#include "platform/macos/services/files/FileContents.h"
 #import "platform/macos/services/files/FileManagerCalls.h"
 #include "platform/macos/services/files/FolderVisit.h"
 #include "platform/macos/services/files/ItemCopier.h"
+#include "platform/posix/AppendHandle.h"
+#include "platform/posix/WholeFile.h"
 
 namespace platform::macos {
 
 namespace {
-
-// The path with all links followed; the path itself when that leads nowhere.
-std::string behindLinks(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-    return real ? std::string(real.get()) : path;
-}
 
 FileType typeFromNS(NSString* type) {
     if ([type isEqualToString:NSFileTypeRegular]) {
@@ -102,7 +93,7 @@ bool MacFileManager::isExecutable(const std::string& path) {
 
 std::optional<FileIdentity> MacFileManager::identity(const std::string& path) {
     struct stat status {};
-    if (refusedPath("look at", path) || ::stat(path.c_str(), &status) != 0) {
+    if (posix::refusedPath("look at", path) || ::stat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }
     return FileIdentity{static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
@@ -169,55 +160,37 @@ Failure MacFileManager::createDirectory(const std::string& path, Intermediates i
 }
 
 Failure MacFileManager::copyItem(const std::string& source, const std::string& destination) {
-    if (Failure refused = refusedPath("copy", source)) {
+    if (Failure refused = posix::refusedPath("copy", source)) {
         return refused;
     }
-    if (Failure refused = refusedPath("copy to", destination)) {
+    if (Failure refused = posix::refusedPath("copy to", destination)) {
         return refused;
     }
     const int code = copyWithoutReplacing(source, destination, moveByFoundation);
-    return code == 0 ? Failure{} : fileError("copy", source, destination, code);
+    return code == 0 ? Failure{} : posix::fileError("copy", source, destination, code);
 }
 
 Failure MacFileManager::moveItem(const std::string& source, const std::string& destination) {
-    if (Failure refused = refusedPath("move", source)) {
+    if (Failure refused = posix::refusedPath("move", source)) {
         return refused;
     }
-    if (Failure refused = refusedPath("move to", destination)) {
+    if (Failure refused = posix::refusedPath("move to", destination)) {
         return refused;
     }
     const int code = moveWithoutReplacing(source, destination, moveByFoundation);
-    return code == 0 ? Failure{} : fileError("move", source, destination, code);
+    return code == 0 ? Failure{} : posix::fileError("move", source, destination, code);
 }
 
 Failure MacFileManager::writeAtomically(const std::string& path, std::string_view contents) {
-    if (Failure refused = refusedPath("write", path)) {
-        return refused;
-    }
-    struct stat replaced {};
-    const bool exists = ::stat(path.c_str(), &replaced) == 0;
-    if (exists && !S_ISREG(replaced.st_mode)) {
-        return fileError("write", path, S_ISDIR(replaced.st_mode) ? EISDIR : EOPNOTSUPP);
-    }
-    // A link to a file stays, and the file that it leads to is replaced.
-    const std::string target = exists ? behindLinks(path) : path;
-    Failure failed = attempt("write", target, [contents](NSFileManager*, NSString* item, NSError** error) {
-        NSData* const data = [NSData dataWithBytes:contents.data() length:contents.size()];
-        return [data writeToFile:item options:NSDataWritingAtomic error:error] == YES;
-    });
-    struct stat written {};
-    if (!failed && exists && ::stat(target.c_str(), &written) == 0 && written.st_mode != replaced.st_mode) {
-        failed = setPermissions(target, replaced.st_mode & 0777U);
-    }
-    return failed;
+    return posix::replaceFile(path, contents);
 }
 
 std::optional<std::string> MacFileManager::readFile(const std::string& path, std::uint64_t limit) {
-    return readWholeFile(path, limit);
+    return posix::readWholeFile(path, limit);
 }
 
 std::unique_ptr<FileManager::AppendHandle> MacFileManager::openForAppending(const std::string& path) {
-    return openAppendHandle(path);
+    return posix::openAppendHandle(path);
 }
 
 }  // namespace platform::macos

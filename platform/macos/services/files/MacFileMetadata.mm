@@ -32,7 +32,7 @@ Failure MacFileManager::setImmutable(const std::string& path, bool immutable) {
     if (present && present->immutable == immutable) {
         return {};
     }
-    Failure failed = fileError(doing, path, EIO);
+    Failure failed = posix::fileError(doing, path, EIO);
     guarded(doing, [&] {
         failed = setAttribute(doing, path, NSFileImmutable, [NSNumber numberWithBool:immutable ? YES : NO]);
     });
@@ -42,7 +42,7 @@ Failure MacFileManager::setImmutable(const std::string& path, bool immutable) {
 
 Failure MacFileManager::setPermissions(const std::string& path, unsigned permissions) {
     constexpr const char* doing = "set the permissions of";
-    Failure failed = fileError(doing, path, EIO);
+    Failure failed = posix::fileError(doing, path, EIO);
     guarded(doing, [&] {
         failed =
             setAttribute(doing, path, NSFilePosixPermissions, [NSNumber numberWithUnsignedLong:permissions & 07777U]);
@@ -52,14 +52,14 @@ Failure MacFileManager::setPermissions(const std::string& path, unsigned permiss
 
 Failure MacFileManager::setCreationDate(const std::string& path, Date date) {
     constexpr const char* doing = "set the creation date of";
-    Failure failed = fileError(doing, path, EIO);
+    Failure failed = posix::fileError(doing, path, EIO);
     guarded(doing, [&] { failed = setAttribute(doing, path, NSFileCreationDate, toNS(date)); });
     return failed;
 }
 
 Failure MacFileManager::setModificationDate(const std::string& path, Date date) {
     constexpr const char* doing = "set the modification date of";
-    Failure failed = fileError(doing, path, EIO);
+    Failure failed = posix::fileError(doing, path, EIO);
     guarded(doing, [&] { failed = setAttribute(doing, path, NSFileModificationDate, toNS(date)); });
     return failed;
 }
@@ -67,16 +67,16 @@ Failure MacFileManager::setModificationDate(const std::string& path, Date date) 
 std::variant<std::size_t, Error> MacFileManager::readExtendedAttribute(const std::string& path, const std::string& name,
                                                                        std::span<char> room) {
     constexpr const char* doing = "read an extended attribute of";
-    if (Failure refused = refusedPath(doing, path)) {
+    if (Failure refused = posix::refusedPath(doing, path)) {
         return *refused;
     }
     if (!isPossibleName(name)) {
-        return fileError(doing, path, EINVAL);
+        return posix::fileError(doing, path, EINVAL);
     }
     void* const buffer = room.empty() ? nullptr : room.data();
     const ssize_t size = ::getxattr(path.c_str(), name.c_str(), buffer, room.size(), 0, 0);
     if (size < 0) {
-        return fileError(doing, path, errno);
+        return posix::fileError(doing, path, errno);
     }
     return static_cast<std::size_t>(size);
 }
@@ -84,19 +84,19 @@ std::variant<std::size_t, Error> MacFileManager::readExtendedAttribute(const std
 Failure MacFileManager::setExtendedAttribute(const std::string& path, const std::string& name,
                                              std::span<const char> value) {
     constexpr const char* doing = "set an extended attribute of";
-    if (Failure refused = refusedPath(doing, path)) {
+    if (Failure refused = posix::refusedPath(doing, path)) {
         return refused;
     }
     if (!isPossibleName(name)) {
-        return fileError(doing, path, EINVAL);
+        return posix::fileError(doing, path, EINVAL);
     }
     const bool set = ::setxattr(path.c_str(), name.c_str(), value.data(), value.size(), 0, 0) == 0;
-    return set ? Failure{} : fileError(doing, path, errno);
+    return set ? Failure{} : posix::fileError(doing, path, errno);
 }
 
 std::optional<int> MacFileManager::labelNumber(const std::string& path) {
     struct stat status {};
-    if (refusedPath("read the label of", path) || ::lstat(path.c_str(), &status) != 0) {
+    if (posix::refusedPath("read the label of", path) || ::lstat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }
     int label = 0;
@@ -115,11 +115,11 @@ std::optional<int> MacFileManager::labelNumber(const std::string& path) {
 Failure MacFileManager::setLabelNumber(const std::string& path, long number) {
     constexpr const char* doing = "set the label of";
     if (number < 0 || number > mostLabel) {
-        return fileError(doing, path, EINVAL);
+        return posix::fileError(doing, path, EINVAL);
     }
     struct stat status {};
-    if (!refusedPath(doing, path) && ::lstat(path.c_str(), &status) != 0) {
-        return fileError(doing, path, errno);
+    if (!posix::refusedPath(doing, path) && ::lstat(path.c_str(), &status) != 0) {
+        return posix::fileError(doing, path, errno);
     }
     return attempt(doing, path, [number](NSFileManager*, NSString* item, NSError** error) {
         return [[NSURL fileURLWithPath:item] setResourceValue:[NSNumber numberWithLong:number]

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <initializer_list>
 
 namespace platform::macos {
 
@@ -17,10 +18,13 @@ int copyAttributes(int from, int to) {
     if (user != 0 && user != copy.st_uid) {
         return EPERM;
     }
-    if (::fcopyfile(from, to, nullptr, COPYFILE_METADATA) == 0) {
-        return 0;
+    // One after the other: a failure of the first kind would keep the others from being copied.
+    for (const copyfile_flags_t kind : {COPYFILE_XATTR, COPYFILE_SECURITY}) {
+        if (::fcopyfile(from, to, nullptr, kind) != 0 && errno != ENOTSUP) {
+            return errno;  // what the file system cannot hold is left out
+        }
     }
-    return errno == ENOTSUP ? 0 : errno;  // what the file system cannot hold is left out
+    return 0;
 }
 
 }  // namespace platform::macos

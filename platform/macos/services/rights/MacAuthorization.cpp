@@ -1,10 +1,15 @@
 #include "platform/macos/services/rights/MacAuthorization.h"
 
 #include <Security/Authorization.h>
+#include <Security/AuthorizationTags.h>
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 
 namespace platform::macos {
@@ -55,18 +60,29 @@ bool holdsNul(const std::optional<Credentials>& credentials) {
     return credentials && (holdsNul(credentials->user) || holdsNul(credentials->password));
 }
 
+// Calls that the system may drop some day are looked up; null then.
+template <typename Call>
+Call lookUp(const char* name) {
+    return reinterpret_cast<Call>(::dlsym(RTLD_DEFAULT, name));  // NOLINT(cppcoreguidelines-pro-type-reinterpret-cast)
+}
+
 using ExecuteWithPrivileges = OSStatus (*)(::AuthorizationRef, const char*, AuthorizationFlags, char* const*,
                                            std::FILE**);
+using CopyPrivilegedReference = OSStatus (*)(::AuthorizationRef*, AuthorizationFlags);
 
-// Looked up, as the system may drop it some day; null then.
-ExecuteWithPrivileges executeWithPrivileges() {
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): dlsym has one type for all
-    return reinterpret_cast<ExecuteWithPrivileges>(::dlsym(RTLD_DEFAULT, "AuthorizationExecuteWithPrivileges"));
+// The stream is this process's alone, and the tool's input is at its end: nobody is going to write to it.
+void prepare(std::FILE* stream) {
+    const int descriptor = ::fileno(stream);
+    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    ::shutdown(descriptor, SHUT_WR);  // fails on what is no socket
 }
 
 void drainAndClose(std::FILE* stream) {
-    while (std::fgetc(stream) != EOF) {
-    }
+    char bytes[4096];
+    ssize_t count = 0;
+    do {
+        count = ::read(::fileno(stream), bytes, sizeof bytes);
+    } while (count > 0 || (count < 0 && errno == EINTR));
     std::fclose(stream);
 }
 
@@ -104,7 +120,7 @@ int MacAuthorization::copyRights(AuthorizationRef& ref, const std::string& right
 
 int MacAuthorization::execute(AuthorizationRef& ref, const std::string& tool, const std::vector<std::string>& arguments,
                               bool drain) {
-    const ExecuteWithPrivileges call = executeWithPrivileges();
+    const auto call = lookUp<ExecuteWithPrivileges>("AuthorizationExecuteWithPrivileges");
     if (call == nullptr) {
         return errAuthorizationToolExecuteFailure;
     }
@@ -119,17 +135,27 @@ int MacAuthorization::execute(AuthorizationRef& ref, const std::string& tool, co
     }
     list.push_back(nullptr);
     std::FILE* stream = nullptr;
-    const OSStatus status =
-        call(systemsOwn(ref), tool.c_str(), kAuthorizationFlagDefaults, list.data(), drain ? &stream : nullptr);
+    std::FILE** const asked = drain || m_tools.canReadAnother() ? &stream : nullptr;
+    const OSStatus status = call(systemsOwn(ref), tool.c_str(), kAuthorizationFlagDefaults, list.data(), asked);
     if (status == errAuthorizationSuccess && stream != nullptr) {
+        prepare(stream);
+        if (!drain) {
+            m_tools.readToEnd(stream);
+            return status;
+        }
         drainAndClose(stream);
     }
+    m_tools.noteEnd();
     return status;
 }
 
 std::unique_ptr<AuthorizationRef> MacAuthorization::copyPrivilegedReference() {
+    const auto call = lookUp<CopyPrivilegedReference>("AuthorizationCopyPrivilegedReference");
+    if (call == nullptr) {
+        return nullptr;
+    }
     ::AuthorizationRef ref = nullptr;
-    const OSStatus status = ::AuthorizationCopyPrivilegedReference(&ref, kAuthorizationFlagDefaults);
+    const OSStatus status = call(&ref, kAuthorizationFlagDefaults);
     if (status != errAuthorizationSuccess || ref == nullptr) {
         return nullptr;
     }

@@ -1,6 +1,7 @@
 // Administrator rights by Authorization Services.
 #pragma once
 
+#include "platform/macos/services/rights/PrivilegedTools.h"
 #include "platform/ports/Authorization.h"
 
 namespace platform::macos {
@@ -8,7 +9,8 @@ namespace platform::macos {
 // The statuses are those of Authorization Services: errAuthorizationToolExecuteFailure also where the system has no
 // call for starting a tool any more, errAuthorizationInvalidSet also for texts that hold a NUL.
 //
-// A tool that is not waited for gets no stream to this process: each would cost a descriptor that nobody closes.
+// Each tool gets a stream to this process, of which it finds its input empty. What one writes that is not waited for is
+// read and dropped until it ends; where 64 such tools run already, the next is started without a stream.
 class MacAuthorization : public Authorization {
 public:
     int create(const std::optional<Credentials>& credentials, std::unique_ptr<AuthorizationRef>& made) override;
@@ -17,6 +19,9 @@ public:
     int execute(AuthorizationRef& ref, const std::string& tool, const std::vector<std::string>& arguments,
                 bool drain) override;
     std::unique_ptr<AuthorizationRef> copyPrivilegedReference() override;
+
+private:
+    PrivilegedTools m_tools;
 };
 
 }  // namespace platform::macos

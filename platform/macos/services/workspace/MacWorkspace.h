@@ -10,8 +10,8 @@ namespace platform::macos {
 class MacWorkspace : public Workspace {
 public:
     bool isFilePackage(const std::string& path) override;
-    // Into the Trash of the item's own volume. The failure's code is EACCES whatever the reason, which the call keeps
-    // to itself.
+    // Into the Trash of the item's own volume. The call keeps its reason for a failure to itself: the code is what can
+    // be seen of the item, its folder and the Trash afterwards, EIO when that shows none.
     Failure recycle(const std::string& folder, const std::string& name, const std::string& trashFolder) override;
     std::vector<std::string> mountedLocalVolumePaths() override;
     void noteFileSystemChanged(const std::string& path) override;

@@ -2,13 +2,12 @@
 
 #import <AppKit/AppKit.h>
 
-#include <cerrno>
-
-#include "platform/macos/foundation/FileErrors.h"
 #import "platform/macos/foundation/Guarded.h"
 #import "platform/macos/foundation/Text.h"
 #include "platform/macos/services/workspace/FinderUpdate.h"
+#include "platform/macos/services/workspace/RecycleRefusal.h"
 #include "platform/macos/services/workspace/Registration.h"
+#include "platform/posix/FileErrors.h"
 
 namespace platform::macos {
 
@@ -28,7 +27,9 @@ Failure MacWorkspace::recycle(const std::string& folder, const std::string& name
                                                                  files:[NSArray arrayWithObject:toNS(name)]
                                                                    tag:nullptr] == YES;
     });
-    return recycled ? Failure{} : fileError("move to the Trash", folder + "/" + name, EACCES);
+    return recycled
+               ? Failure{}
+               : posix::fileError("move to the Trash", folder + "/" + name, recycleRefusal(folder, name, trashFolder));
 }
 
 std::vector<std::string> MacWorkspace::mountedLocalVolumePaths() {
@@ -88,7 +89,7 @@ bool MacWorkspace::openURLs(const std::vector<std::string>& urls, const std::str
 }
 
 Failure MacWorkspace::registerApplication(const std::string& bundlePath) {
-    if (Failure refused = refusedPath("register", bundlePath)) {
+    if (Failure refused = posix::refusedPath("register", bundlePath)) {
         return refused;
     }
     const int status = registerWithLaunchServices(bundlePath);

@@ -7,9 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#define st_flags st_mode  // of the same type
-#define UF_IMMUTABLE 0x00000002
-#define UF_APPEND 0x00000004
+#define st_flags st_mode  // of the same type; a lock is the sticky bit here
+#define UF_IMMUTABLE S_ISVTX
+#define UF_APPEND 0x00040000
+#define SF_IMMUTABLE 0x00020000
+#define SF_APPEND 0x00080000
 #define RENAME_EXCL 0x00000004
 #define _CS_DARWIN_USER_CACHE_DIR 65538
 #ifndef ENOATTR

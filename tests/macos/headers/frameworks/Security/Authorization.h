@@ -21,9 +21,6 @@ typedef struct {
 typedef AuthorizationItemSet AuthorizationRights;
 typedef AuthorizationItemSet AuthorizationEnvironment;
 
-#define kAuthorizationEnvironmentUsername "username"
-#define kAuthorizationEnvironmentPassword "password"
-
 enum {
     kAuthorizationFlagDefaults = 0,
     kAuthorizationFlagInteractionAllowed = 1 << 0,
@@ -41,7 +38,6 @@ OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags fl
 OSStatus AuthorizationCopyRights(AuthorizationRef authorization, const AuthorizationRights* rights,
                                  const AuthorizationEnvironment* environment, AuthorizationFlags flags,
                                  AuthorizationRights** authorizedRights);
-OSStatus AuthorizationCopyPrivilegedReference(AuthorizationRef* authorization, AuthorizationFlags flags);
 #ifdef __cplusplus
 }
 #endif

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace platform::linux_host {
+namespace platform::posix {
 
 struct PathParts {
     std::string folder;  // "." for a bare name
@@ -36,4 +36,4 @@ inline std::string joinPath(const std::string& folder, const std::string& name) 
     return folder.ends_with('/') ? folder + name : folder + "/" + name;
 }
 
-}  // namespace platform::linux_host
+}  // namespace platform::posix

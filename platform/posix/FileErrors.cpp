@@ -1,25 +1,33 @@
-#include "platform/macos/foundation/FileErrors.h"
+#include "platform/posix/FileErrors.h"
 
 #include <cerrno>
+#include <cstring>
 #include <system_error>
 
-namespace platform::macos {
+namespace platform::posix {
 
 namespace {
 
 std::string quoted(const std::string& path) { return "“" + path + "”"; }
 
-std::string meaning(int code) { return std::generic_category().message(code); }
-
 }  // namespace
 
+std::string meaningOf(int code) {
+#if defined(__GLIBC__)
+    const char* text = ::strerrordesc_np(code);
+    return text != nullptr ? text : "error " + std::to_string(code);
+#else
+    return std::generic_category().message(code);
+#endif
+}
+
 Error fileError(std::string_view doing, const std::string& path, int code) {
-    return {code, "Cannot " + std::string(doing) + " " + quoted(path) + ": " + meaning(code)};
+    return {code, "Cannot " + std::string(doing) + " " + quoted(path) + ": " + meaningOf(code)};
 }
 
 Error fileError(std::string_view doing, const std::string& path, const std::string& destination, int code) {
-    return {code,
-            "Cannot " + std::string(doing) + " " + quoted(path) + " to " + quoted(destination) + ": " + meaning(code)};
+    return {code, "Cannot " + std::string(doing) + " " + quoted(path) + " to " + quoted(destination) + ": " +
+                      meaningOf(code)};
 }
 
 Failure refusedPath(std::string_view doing, const std::string& path) {
@@ -32,4 +40,4 @@ Failure refusedPath(std::string_view doing, const std::string& path) {
     return {};
 }
 
-}  // namespace platform::macos
+}  // namespace platform::posix

@@ -6,7 +6,10 @@
 
 #include "platform/ports/Error.h"
 
-namespace platform::macos {
+namespace platform::posix {
+
+// What an errno means; in English where the C library lets one ask for it.
+std::string meaningOf(int code);
 
 // "Cannot <doing> “<path>”: <what the number means>", without a full stop; `code` is an errno.
 Error fileError(std::string_view doing, const std::string& path, int code);
@@ -18,4 +21,4 @@ Error fileError(std::string_view doing, const std::string& path, const std::stri
 // ignored. Empty for any other path.
 Failure refusedPath(std::string_view doing, const std::string& path);
 
-}  // namespace platform::macos
+}  // namespace platform::posix
