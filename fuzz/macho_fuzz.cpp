@@ -6,28 +6,28 @@
 
 #include "tools/wickfield-bundle/check/MachO.h"
 
-using namespace wickfield_bundle;  // NOLINT(google-build-using-namespace): a program of this one function
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     std::size_t readBytes = 0;
-    const ByteSource source{.size = size, .read = [&](std::uint64_t offset, std::span<char> room) {
-                                if (offset >= size) {
-                                    return std::size_t{0};
-                                }
-                                const std::size_t count = std::min<std::size_t>(room.size(), size - offset);
-                                std::copy_n(bytes + offset, count, room.begin());
-                                readBytes += count;
-                                return count;
-                            }};
-    const auto result = readMachO(source);
+    const wickfield_bundle::ByteSource source{.size = size, .read = [&](std::uint64_t offset, std::span<char> room) {
+                                                  if (offset >= size) {
+                                                      return std::size_t{0};
+                                                  }
+                                                  const std::size_t count =
+                                                      std::min<std::size_t>(room.size(), size - offset);
+                                                  std::copy_n(bytes + offset, count, room.begin());
+                                                  readBytes += count;
+                                                  return count;
+                                              }};
+    const auto result = wickfield_bundle::readMachO(source);
     // 44 processors, each at most its commands and a signature's list.
     if (readBytes > 44 * (size + 65536)) {
         std::abort();
     }
-    if (const auto* file = std::get_if<MachOFile>(&result); file != nullptr && file->slices.empty()) {
+    if (const auto* file = std::get_if<wickfield_bundle::MachOFile>(&result); file != nullptr && file->slices.empty()) {
         std::abort();
     }
-    if (const auto* damaged = std::get_if<DamagedMachO>(&result); damaged != nullptr && damaged->reason.empty()) {
+    if (const auto* damaged = std::get_if<wickfield_bundle::DamagedMachO>(&result);
+        damaged != nullptr && damaged->reason.empty()) {
         std::abort();
     }
     return 0;

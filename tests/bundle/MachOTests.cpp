@@ -7,9 +7,9 @@
 
 #include "tests/bundle/MachOSamples.h"
 
+namespace wickfield_bundle {
 namespace {
 
-using namespace wickfield_bundle;  // NOLINT(google-build-using-namespace)
 using samples::Signer;
 using Signature = MachOSlice::Signature;
 
@@ -203,3 +203,4 @@ TEST(ReadingCode, TakesLittleOfALargeFile) {
 }
 
 }  // namespace
+}  // namespace wickfield_bundle

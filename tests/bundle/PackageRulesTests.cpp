@@ -2,9 +2,9 @@
 
 #include "tests/bundle/CheckFixture.h"
 
+namespace wickfield_bundle {
 namespace {
 
-using namespace wickfield_bundle;  // NOLINT(google-build-using-namespace)
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -215,3 +215,4 @@ TEST_F(CheckingPackages, FindsNoInfoPlistInAnEmptyFolder) {
 }
 
 }  // namespace
+}  // namespace wickfield_bundle

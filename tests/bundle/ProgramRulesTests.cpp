@@ -1,9 +1,9 @@
 #include "tests/bundle/CheckFixture.h"
 #include "tests/bundle/MachOSamples.h"
 
+namespace wickfield_bundle {
 namespace {
 
-using namespace wickfield_bundle;  // NOLINT(google-build-using-namespace)
 using samples::Signer;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -134,3 +134,4 @@ TEST_F(CheckingPrograms, SaysWhatItCouldNotOpen) {
 }
 
 }  // namespace
+}  // namespace wickfield_bundle

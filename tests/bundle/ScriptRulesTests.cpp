@@ -2,9 +2,9 @@
 
 #include "tests/bundle/CheckFixture.h"
 
+namespace wickfield_bundle {
 namespace {
 
-using namespace wickfield_bundle;  // NOLINT(google-build-using-namespace)
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -191,3 +191,4 @@ TEST_F(CheckingScripts, SaysThatOneWasNotParsedWhereThereIsNoBash) {
 }
 
 }  // namespace
+}  // namespace wickfield_bundle

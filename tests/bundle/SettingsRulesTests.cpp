@@ -6,9 +6,9 @@
 #include "platform/linux/services/LinuxMainBundle.h"
 #include "tests/bundle/CheckFixture.h"
 
+namespace wickfield_bundle {
 namespace {
 
-using namespace wickfield_bundle;  // NOLINT(google-build-using-namespace)
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -356,3 +356,4 @@ TEST_F(CheckingBackgrounds, SaysThatTheHelperIsMissing) {
 }
 
 }  // namespace
+}  // namespace wickfield_bundle
