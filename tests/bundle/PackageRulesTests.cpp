@@ -197,6 +197,38 @@ TEST_F(CheckingPackages, HasNothingToSayOfPlacesWhereHostsLook) {
     }
 }
 
+TEST_F(CheckingPackages, FindsContentsThatLieInNoBundle) {
+    const std::string folder = inTree("Library/Audio/Plug-Ins/VST3");
+    for (const char* part : {"/Contents/MacOS/Echo", "/Contents/x86_64-linux/Echo.so", "/Contents/Info.plist"}) {
+        write(folder + part);
+        write(folder + "/Contents/Resources/Echo.icns");
+        EXPECT_THAT(found(checkPackages), ElementsAre(Found{"package-apart", folder})) << part;
+        std::filesystem::remove_all(bundle() + "/" + folder);
+    }
+    write(inTree("Contents/MacOS/Echo"));
+    EXPECT_THAT(found(checkPackages), ElementsAre(Found{"package-apart", "Contents/Resources/PluginStructure"}));
+}
+
+TEST_F(CheckingPackages, HasNothingToSayOfOtherFoldersWithContents) {
+    write(inTree("Library/Echo/Contents/list.txt"));
+    write(inTree("Library/Echo/Echo.dSYM/Contents/Info.plist"));
+    good();
+    write(package + "/Contents/Helper/Contents/MacOS/Helper");
+    EXPECT_THAT(found(checkPackages), IsEmpty());
+}
+
+TEST_F(CheckingPackages, FindsAnItemInPlaceOfAFolderOfPlugIns) {
+    for (const char* path :
+         {"Library/Audio/Plug-Ins/CLAP", "Library/Audio/Plug-Ins/Components", "Library/Audio/plug-ins"}) {
+        write(inTree(path));
+        EXPECT_THAT(found(checkPackages), ElementsAre(Found{"package-folder", inTree(path)}));
+        std::filesystem::remove(bundle() + "/" + inTree(path));
+    }
+    write(inTree("Library/Echo/clap"));
+    write(inTree("Library/Audio/Plug-Ins/CLAP/clap"));
+    EXPECT_THAT(found(checkPackages), IsEmpty());
+}
+
 TEST_F(CheckingPackages, TakesASingleFileForAPlugInOfLinux) {
     write(inTree("usr/lib/clap/Echo.clap"), "code");
     EXPECT_THAT(found(checkPackages), IsEmpty());

@@ -84,6 +84,19 @@ TEST_F(CheckingPrograms, WarnsOfCodeInAPlugInThatNobodyMayExecute) {
     EXPECT_THAT(foundIn("just a text beside it\n", 0644), IsEmpty());
 }
 
+TEST_F(CheckingPrograms, FindsHelpersAndFrameworksThatLostTheirRights) {
+    const std::string contents = inTree("Applications/Echo.app/Contents");
+    const std::string framework = contents + "/Frameworks/Echo.framework/Versions/A";
+    write(contents + "/Helpers/tool", samples::bothProcessors(), 0644);
+    write(contents + "/Helpers/script", "#!/bin/sh\n", 0644);
+    write(contents + "/Helpers/list.txt", "tool\n", 0644);
+    write(framework + "/Echo", samples::bothProcessors(Signer::nobody), 0644);
+    write(framework + "/Headers/Echo.h", samples::bothProcessors(Signer::nobody), 0644);
+    EXPECT_THAT(found(checkPrograms), ElementsAre(Found{"code-unsigned-arm64", framework + "/Echo"},
+                                                  Found{"code-mode", contents + "/Helpers/script"},
+                                                  Found{"code-mode", contents + "/Helpers/tool"}));
+}
+
 TEST_F(CheckingPrograms, CallsAnApplicationThatCannotBeStartedAnError) {
     const std::string first = inTree("Applications/Echo.app/Contents/MacOS/Echo");
     const std::string nested = inTree("Library/Echo.bundle/Contents/Resources/Tool.app/Contents/MacOS/Tool");

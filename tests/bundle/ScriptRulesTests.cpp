@@ -80,6 +80,14 @@ TEST_F(CheckingScripts, WarnsOfOtherShells) {
     EXPECT_THAT(foundIn("#!/opt/homebrew/bin/bash\necho a\n"), ElementsAre(Found{"script-shell", script}));
 }
 
+TEST_F(CheckingScripts, WarnsOfOptionsThatItIsRunWithout) {
+    for (const char* line : {"#!/bin/bash -e", "#! /bin/sh -eu", "#!/usr/bin/env -S bash -x"}) {
+        EXPECT_THAT(foundIn(line + std::string("\necho\n")), ElementsAre(Found{"script-options", script})) << line;
+    }
+    EXPECT_THAT(reason(checkScripts), HasSubstr("-x"));
+    EXPECT_THAT(foundIn("#!/bin/sh -\necho\n"), IsEmpty());
+}
+
 TEST_F(CheckingScripts, WarnsOfWhatTheBashOfAMacDoesNotKnow) {
     EXPECT_THAT(foundIn("#!/bin/bash\ndeclare -A x\n"), ElementsAre(Found{"script-bash-4", script}));
     EXPECT_EQ(reason(checkScripts), "Line 2 has \"declare -A\".");

@@ -282,11 +282,52 @@ void checkPlace(const CheckedItem& item, const CodeKind& kind, Findings& finding
     }
 }
 
+// The folder that an item shows to have been a bundle: what lies in its Contents is what only bundles of code have, but
+// its name has no extension. Empty when there is none.
+std::string_view folderWithABundlesContents(std::string_view place, std::size_t treePrefix) {
+    static constexpr std::string_view contents = "/Contents/";
+    const auto found = place.find(contents, treePrefix - 1);
+    if (found == std::string_view::npos) {
+        return {};
+    }
+    const std::string_view folder = place.substr(0, found);
+    const std::string_view within = place.substr(found + contents.size());
+    const bool isCode = within == "Info.plist" || within.starts_with("MacOS/") ||
+                        within.substr(0, within.find('/')).ends_with("-linux");
+    return isCode && kz::pathExtension(folder).empty() ? folder : std::string_view{};
+}
+
+// Whether the item is to be called like the folder that hosts look for plug-ins in.
+bool isInPlaceOfAPlugInFolder(const CheckedItem& item) {
+    const std::string name = kz::lowercased(kz::lastPathComponent(item.path));
+    const std::string above = kz::lowercased(kz::lastPathComponent(kz::deletingLastPathComponent(item.path)));
+    return name == "plug-ins" || (above == "plug-ins" && std::ranges::any_of(codeKinds, [&](const CodeKind& kind) {
+                                      return name == kind.folder;
+                                  }));
+}
+
+void checkItemsOfBundles(const CheckedBundle& bundle, Findings& findings) {
+    std::string_view latest;
+    for (const CheckedItem& item : bundle.items) {
+        const std::string_view folder = folderWithABundlesContents(item.place, bundle.treePrefix.size());
+        if (!folder.empty() && folder != latest) {
+            latest = folder;
+            add(findings, "package-apart", std::string(folder),
+                "It has the contents of a plug-in's bundle, and is called \"" + kz::lastPathComponent(folder) + "\".");
+        }
+        if (isInPlaceOfAPlugInFolder(item)) {
+            add(findings, "package-folder", item.place,
+                "It is put at \"" + item.destination + "\", which is a folder of plug-ins.");
+        }
+    }
+}
+
 }  // namespace
 
 void checkPackages(const CheckedBundle& bundle, Findings& findings) {
     // The forms of one plug-in have one identifier more often than not, and nobody confuses those.
     std::map<std::pair<std::string_view, std::string>, std::string> identifiers;  // of a kind; and where it was first
+    checkItemsOfBundles(bundle, findings);
     for (const CheckedItem& item : bundle.items) {
         const CodeKind* const kind = kindOf(item.path);
         if (kind == nullptr) {

@@ -31,11 +31,20 @@ bool isInProgramFolder(std::string_view path) {
     return folder == programFolder.substr(1) || folder.ends_with(programFolder);
 }
 
+bool isHelper(std::string_view path) { return folderOf(path).ends_with("/Contents/Helpers"); }
+
+// The library that gives the framework its name has no extension, as few others in it.
+bool mayBeFramework(std::string_view path) {
+    return path.find(".framework/") != std::string_view::npos &&
+           path.find('.', path.rfind('/')) == std::string_view::npos;
+}
+
 // Whatever else lies in a bundle cannot be run, so it is not opened.
 bool mayBeCode(const InventoryEntry& entry) {
     constexpr unsigned anybodyRuns = 0111;
     return entry.type == FileType::regular &&
-           (isInProgramFolder(entry.path) || entry.path.ends_with(".dylib") || (entry.permissions & anybodyRuns) != 0);
+           ((entry.permissions & anybodyRuns) != 0 || isInProgramFolder(entry.path) || entry.path.ends_with(".dylib") ||
+            isHelper(entry.path) || mayBeFramework(entry.path));
 }
 
 class CodeCheck {
@@ -73,14 +82,15 @@ private:
 
     void lookAtMode() {
         constexpr unsigned ownerRuns = 0100;
-        if (!isInProgramFolder(m_entry.path) || (m_entry.permissions & ownerRuns) != 0) {
+        if (!(isInProgramFolder(m_entry.path) || isHelper(m_entry.path)) || (m_entry.permissions & ownerRuns) != 0) {
             return;
         }
         if (!m_bundle.isInTree(m_entry.path)) {
             return;  // the installer's own program, which has a rule of its own
         }
         const std::string_view package = folderOf(folderOf(folderOf(m_entry.path)));
-        report(package.ends_with(".app") ? RuleName("application-mode") : RuleName("code-mode"),
+        const bool startsApplication = package.ends_with(".app") && !isHelper(m_entry.path);
+        report(startsApplication ? RuleName("application-mode") : RuleName("code-mode"),
                "It is code, but nobody may execute it.");
     }
 

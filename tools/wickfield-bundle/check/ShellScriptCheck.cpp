@@ -37,8 +37,13 @@ std::vector<std::string_view> words(std::string_view line) {
     }
 }
 
-// What the first line asks for; "" when it asks for nothing.
-std::string_view askedInterpreter(std::string_view text) {
+// What the first line asks for.
+struct Asked {
+    std::string_view interpreter;  // "" when it asks for none
+    std::string_view option;       // the first that the interpreter is to be given
+};
+
+Asked askedFor(std::string_view text) {
     if (text.starts_with(byteOrderMark)) {
         text.remove_prefix(byteOrderMark.size());
     }
@@ -46,16 +51,18 @@ std::string_view askedInterpreter(std::string_view text) {
         return {};
     }
     const auto parts = words(firstLine(text).substr(2));
-    if (parts.empty()) {
+    auto named = parts.begin();
+    if (named != parts.end() && named->ends_with("/env")) {
+        named = std::find_if(named + 1, parts.end(), [](std::string_view part) {
+            return !part.starts_with('-') && part.find('=') == std::string_view::npos;
+        });
+    }
+    if (named == parts.end()) {
         return {};
     }
-    if (!parts.front().ends_with("/env")) {
-        return parts.front();
-    }
-    const auto named = std::find_if(parts.begin() + 1, parts.end(), [](std::string_view part) {
-        return !part.starts_with('-') && part.find('=') == std::string_view::npos;
-    });
-    return named == parts.end() ? std::string_view() : *named;
+    const auto next = named + 1;
+    const bool hasOption = next != parts.end() && next->starts_with('-') && *next != "-" && *next != "--";
+    return {.interpreter = *named, .option = hasOption ? *next : ""};
 }
 
 bool isUtf8(std::string_view text) {
@@ -121,11 +128,14 @@ private:
     bool checkInterpreter() {
         constexpr std::array<std::string_view, 2> fitting{"bash", "sh"};
         constexpr std::array<std::string_view, 6> shells{"zsh", "ksh", "dash", "ash", "mksh", "rbash"};
-        const std::string_view asked = askedInterpreter(m_text);
+        const auto [asked, option] = askedFor(m_text);
         const std::string_view name = asked.substr(asked.rfind('/') + 1);
         const bool isOwn = asked.starts_with("/usr/local/") || asked.starts_with("/opt/");
         const std::string reason = "It asks for " + std::string(asked.substr(0, longestMessage)) + ".";
         if (asked.empty() || (std::ranges::find(fitting, name) != fitting.end() && !isOwn)) {
+            if (!option.empty()) {
+                m_report("script-options", "It asks for " + std::string(option.substr(0, longestMessage)) + ".");
+            }
             return true;
         }
         if (isOwn || std::ranges::find(shells, name) != shells.end()) {
