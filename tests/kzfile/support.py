@@ -1,97 +1,19 @@
-"""A folder and a home of its own for each test, and kzfile run in it through pipes or on a terminal."""
-import fcntl
+"""kzfile in a folder of its own."""
 import os
 import pathlib
-import pty
-import re
-import select
-import shutil
-import signal
-import struct
-import subprocess
-import tempfile
-import termios
-import time
-import unittest
+import sys
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent))
+from command_case import LONGEST, CommandCase, is_root, without_colour  # noqa: E402,F401
 
 KZFILE = os.environ["KZFILE"]
-LONGEST = 60  # seconds that a run may take
 
 
-class KzfileCase(unittest.TestCase):
-    def setUp(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kzfile-test."))
-        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
-        self.home = self.folder / "home"
-        self.work = self.folder / "desk"
-        self.home.mkdir()
-        self.work.mkdir()
-        self.environment = {"HOME": str(self.home), "PATH": os.environ["PATH"], "LANG": "C.UTF-8", "TZ": "UTC",
-                            "TERM": "xterm-256color"}
-
-    def file(self, name, contents=b"contents\n"):
-        path = self.work / name
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(contents)
-        return path
-
-    def run_kzfile(self, *words, **options):
-        """Through pipes; the result has stdout and stderr as bytes."""
-        options.setdefault("stdin", subprocess.DEVNULL)
-        options.setdefault("stdout", subprocess.PIPE)
-        options.setdefault("stderr", subprocess.PIPE)
-        return subprocess.run([KZFILE, *words], cwd=self.work, env=self.environment, timeout=LONGEST, check=False,
-                              **options)
-
-    def output(self, *words):
-        """What a run that succeeds prints, as text."""
-        run = self.run_kzfile(*words)
-        self.assertEqual((run.returncode, run.stderr), (0, b""))
-        return run.stdout.decode()
-
-    def assert_fails(self, run, code, *words):
-        """With one line on standard error that holds the words, and nothing printed."""
-        self.assertEqual(run.returncode, code, run.stderr)
-        self.assertEqual(run.stdout, b"")
-        text = run.stderr.decode()
-        self.assertRegex(text, r"\Akzfile: [^\n]*\n\Z")
-        for word in words:
-            self.assertIn(word, text)
-
-    def run_on_terminal(self, *words, columns=100, environment=None, typed=b"", typed_after=b""):
-        """All three streams on a terminal; the exit code and what appeared there. What is typed, is typed once that
-        has appeared."""
-        child, terminal = pty.fork()
-        if child == 0:
-            os.chdir(self.work)
-            os.execve(KZFILE, [KZFILE, *words], {**self.environment, **(environment or {})})
-        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 25, columns, 0, 0))
-        shown = b""
-        deadline = time.monotonic() + LONGEST
-        while time.monotonic() < deadline:
-            if not select.select([terminal], [], [], 0.2)[0]:
-                continue
-            try:
-                piece = os.read(terminal, 65536)
-            except OSError:  # how Linux says that the other side has closed it
-                break
-            if not piece:
-                break
-            shown += piece
-            if typed and typed_after in shown:
-                os.write(terminal, typed)
-                typed = b""
-        else:
-            os.kill(child, signal.SIGKILL)
-        os.close(terminal)
-        return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), shown.decode(errors="surrogateescape")
+class KzfileCase(CommandCase):
+    program = KZFILE
 
     def names_in(self, folder):
         return sorted(path.name for path in pathlib.Path(folder).iterdir())
-
-
-def without_colour(text):
-    return re.sub(r"\x1b\[[0-9;]*m", "", text)
 
 
 def make_large_file(path, megabytes):
@@ -101,7 +23,3 @@ def make_large_file(path, megabytes):
         for number in range(megabytes):
             file.write(number.to_bytes(8, "little") + block[8:])
     return path
-
-
-def is_root():
-    return os.geteuid() == 0

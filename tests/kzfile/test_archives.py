@@ -44,8 +44,8 @@ class Archives(support.KzfileCase):
         self.file("a")
         self.file("a.zip", b"kept")
         self.file("out/kept")
-        self.assert_fails(self.run_kzfile("compress", "a", "a.zip"), 1, "a.zip: is there already")
-        self.assert_fails(self.run_kzfile("decompress", "a", "out"), 1, "out: is there already")
+        self.assert_fails(self.run_program("compress", "a", "a.zip"), 1, "a.zip: is there already")
+        self.assert_fails(self.run_program("decompress", "a", "out"), 1, "out: is there already")
         self.assertEqual((self.work / "a.zip").read_bytes(), b"kept")
         self.assertEqual(self.names_in(self.work / "out"), ["kept"])
 
@@ -63,13 +63,13 @@ class Archives(support.KzfileCase):
         for words in (["compress", "-r", "folder", "folder"], ["compress", "-r", "folder/a.zip", "folder"],
                       ["decompress", "-r", "folder/a.zip", "folder"],
                       ["decompress", "-r", "folder/a.zip", "folder/../folder/a.zip"]):
-            self.assert_fails(self.run_kzfile(*words), 1, "is what the result is made of")
+            self.assert_fails(self.run_program(*words), 1, "is what the result is made of")
         self.assertEqual(self.names_in(self.work / "folder"), ["a.zip"])
 
     def test_the_systems_folders_are_never_replaced(self):
         self.file("a")
         self.output("compress", "a", "a.zip")
-        self.assert_fails(self.run_kzfile("decompress", "--replace", "a.zip", "/usr"), 1, "system's folders")
+        self.assert_fails(self.run_program("decompress", "--replace", "a.zip", "/usr"), 1, "system's folders")
 
     def test_without_a_trash_nothing_is_replaced(self):
         self.file("a")
@@ -79,7 +79,7 @@ class Archives(support.KzfileCase):
         if not support.is_root():
             (self.work.parent).chmod(0o500)
             self.addCleanup(self.work.parent.chmod, 0o700)
-        run = self.run_kzfile("compress", "--replace", "a", "a.zip")
+        run = self.run_program("compress", "--replace", "a", "a.zip")
         if run.returncode == 0:
             self.skipTest("there is another Trash here, on this disk or of the person at the console")
         self.assertEqual((self.work / "a.zip").read_bytes(), b"kept")
@@ -92,7 +92,7 @@ class Archives(support.KzfileCase):
         self.file("changed.zip", whole[:1000] + bytes([whole[1000] ^ 255]) + whole[1001:])
         self.file("no.zip", b"this is text")
         for name in ("cut.zip", "changed.zip", "no.zip"):
-            run = self.run_kzfile("decompress", name, "out")
+            run = self.run_program("decompress", name, "out")
             self.assertEqual((run.returncode, run.stdout), (1, b""))
             self.assertRegex(run.stderr.decode(), r"\Aditto: [^\n]+\nkzfile: out: was not made\n\Z")
         self.assertFalse((self.work / "out").exists())
@@ -100,13 +100,13 @@ class Archives(support.KzfileCase):
     def test_nothing_is_written_outside_of_the_folder(self):
         with zipfile.ZipFile(self.work / "hostile.zip", "w") as archive:
             archive.writestr("../escaped", "text")
-        self.assertEqual(self.run_kzfile("decompress", "hostile.zip", "out").returncode, 1)
+        self.assertEqual(self.run_program("decompress", "hostile.zip", "out").returncode, 1)
         self.assertEqual(self.names_in(self.work), ["hostile.zip"])
 
     def test_missing_things_are_named(self):
         self.file("a")
-        self.assert_fails(self.run_kzfile("compress", "missing", "a.zip"), 1, "missing: No such file")
-        self.assert_fails(self.run_kzfile("compress", "a", "nowhere/a.zip"), 1, "nowhere: there is no such folder")
+        self.assert_fails(self.run_program("compress", "missing", "a.zip"), 1, "missing: No such file")
+        self.assert_fails(self.run_program("compress", "a", "nowhere/a.zip"), 1, "nowhere: there is no such folder")
 
     def test_an_installation_without_its_archiver_says_so(self):
         self.file("a")

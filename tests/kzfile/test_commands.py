@@ -49,33 +49,33 @@ class CommandLine(support.KzfileCase):
         self.assertRegex(self.output("--version"), r"\Akzfile \d+\.\d+\.\d+\n\Z")
 
     def test_no_command_is_a_usage_error(self):
-        self.assert_fails(self.run_kzfile(), 2, "no command")
+        self.assert_fails(self.run_program(), 2, "no command")
 
     def test_an_unknown_command_is_a_usage_error(self):
-        self.assert_fails(self.run_kzfile("hsah"), 2, "hsah")
+        self.assert_fails(self.run_program("hsah"), 2, "hsah")
 
     def test_an_unknown_option_is_a_usage_error_of_every_command(self):
         for command in COMMANDS:
-            self.assert_fails(self.run_kzfile(command, "--frobnicate", "a", "b"), 2, "--frobnicate")
-            self.assert_fails(self.run_kzfile(command, "-Q", "a", "b"), 2, "-Q")
+            self.assert_fails(self.run_program(command, "--frobnicate", "a", "b"), 2, "--frobnicate")
+            self.assert_fails(self.run_program(command, "-Q", "a", "b"), 2, "-Q")
 
     def test_no_name_is_a_usage_error_of_every_command(self):
         for command in COMMANDS:
-            self.assert_fails(self.run_kzfile(command), 2, command)
+            self.assert_fails(self.run_program(command), 2, command)
 
     def test_an_empty_name_is_a_usage_error_of_every_command(self):
         for command in COMMANDS:
-            self.assert_fails(self.run_kzfile(command, "", ""), 2)
+            self.assert_fails(self.run_program(command, "", ""), 2)
         self.assertEqual(self.names_in(self.folder), ["desk", "home"])
 
     def test_a_name_too_many_is_a_usage_error(self):
-        self.assert_fails(self.run_kzfile("unique", "a", "b"), 2, "b")
+        self.assert_fails(self.run_program("unique", "a", "b"), 2, "b")
 
     def test_an_option_without_its_value_is_a_usage_error(self):
-        self.assert_fails(self.run_kzfile("hash", "--algorithm"), 2, "--algorithm")
+        self.assert_fails(self.run_program("hash", "--algorithm"), 2, "--algorithm")
 
     def test_a_value_for_an_option_that_takes_none_is_a_usage_error(self):
-        self.assert_fails(self.run_kzfile("hash", "--zero=1", "a"), 2, "--zero")
+        self.assert_fails(self.run_program("hash", "--zero=1", "a"), 2, "--zero")
 
     def test_options_may_follow_the_names(self):
         self.file("a")
@@ -97,13 +97,13 @@ class CommandLine(support.KzfileCase):
         self.addCleanup(closed.chmod, 0o700)
         for words in (["hash", "closed/a"], ["copy", "closed/a", "b"], ["trash", "closed/a"], ["size", "closed/a"],
                       ["metadata", "closed/a"], ["compress", "closed/a", "a.zip"]):
-            self.assert_fails(self.run_kzfile(*words), 1, "closed/a: Permission denied")
+            self.assert_fails(self.run_program(*words), 1, "closed/a: Permission denied")
 
     def test_a_full_disk_behind_the_output_is_a_failure(self):
         self.file("a")
         with open("/dev/full", "wb") as full:
             for words in (["hash", "a"], ["size", "a"], ["metadata", "a"], ["unique", "b"], ["--help"]):
-                run = self.run_kzfile(*words, stdout=full)
+                run = self.run_program(*words, stdout=full)
                 self.assertEqual(run.returncode, 1)
                 self.assertRegex(run.stderr.decode(), r"\Akzfile: standard output: No space left on device\n\Z")
 
@@ -136,7 +136,7 @@ class CommandLine(support.KzfileCase):
         self.file("a")
         self.output("metadata", "--label", "red", "a")
         self.assertNotIn("\x1b", self.output("--help") + self.output("metadata", "a"))
-        self.assertNotIn(b"\x1b", self.run_kzfile("hash", "missing").stderr)
+        self.assertNotIn(b"\x1b", self.run_program("hash", "missing").stderr)
 
     def test_a_terminal_gets_what_a_pipe_gets(self):
         self.file("folder/a.txt")

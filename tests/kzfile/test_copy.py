@@ -40,7 +40,7 @@ class Copy(support.KzfileCase):
     def test_names_of_any_kind_are_copied(self):
         for name in (b"line\nbreak", b"\xff\xfe", "ü".encode(), b"-f", b" "):
             (self.work / os.fsdecode(name)).write_bytes(name)
-            run = self.run_kzfile("copy", "--", name, name + b" copy")
+            run = self.run_program("copy", "--", name, name + b" copy")
             self.assertEqual((run.returncode, run.stderr), (0, b""))
             self.assertEqual((self.work / os.fsdecode(name + b" copy")).read_bytes(), name)
 
@@ -56,7 +56,7 @@ class Copy(support.KzfileCase):
     def test_what_is_there_is_not_overwritten_unasked(self):
         self.file("a", b"new")
         self.file("b", b"old")
-        self.assert_fails(self.run_kzfile("copy", "a", "c", "b"), 1, "b: is there already")
+        self.assert_fails(self.run_program("copy", "a", "c", "b"), 1, "b: is there already")
         self.assertEqual((self.work / "b").read_bytes(), b"old")
         self.assertFalse((self.work / "c").exists())
 
@@ -71,38 +71,38 @@ class Copy(support.KzfileCase):
         (self.work / "link").symlink_to("a")
         os.link(source, self.work / "hard")
         for name in ("a", "./a", "link", "hard", "."):
-            self.assert_fails(self.run_kzfile("copy", "-f", "a", name), 1, "the source itself")
+            self.assert_fails(self.run_program("copy", "-f", "a", name), 1, "the source itself")
         self.assertEqual(source.read_bytes(), b"kept")
 
     def test_a_destination_that_is_named_twice_is_refused(self):
         self.file("a")
-        self.assert_fails(self.run_kzfile("copy", "a", "b", "./b"), 1)
+        self.assert_fails(self.run_program("copy", "a", "b", "./b"), 1)
         self.assertEqual(self.names_in(self.work), ["a"])
 
     def test_two_names_of_one_file_that_is_there_are_refused(self):
         self.file("a")
         os.link(self.file("b"), self.work / "c")
-        self.assert_fails(self.run_kzfile("copy", "-f", "a", "b", "c"), 1)
+        self.assert_fails(self.run_program("copy", "-f", "a", "b", "c"), 1)
 
     def test_missing_things_are_named(self):
         self.file("a")
-        self.assert_fails(self.run_kzfile("copy", "missing", "b"), 1, "missing: No such file")
-        self.assert_fails(self.run_kzfile("copy", "a", "nowhere/b"), 1, "nowhere: there is no such folder")
-        self.assert_fails(self.run_kzfile("copy", "a", "nowhere/"), 1, "nowhere/: there is no such folder")
+        self.assert_fails(self.run_program("copy", "missing", "b"), 1, "missing: No such file")
+        self.assert_fails(self.run_program("copy", "a", "nowhere/b"), 1, "nowhere: there is no such folder")
+        self.assert_fails(self.run_program("copy", "a", "nowhere/"), 1, "nowhere/: there is no such folder")
 
     def test_folders_and_pipes_are_not_copied(self):
         (self.work / "folder").mkdir()
         os.mkfifo(self.work / "pipe")
-        self.assert_fails(self.run_kzfile("copy", "folder", "b"), 1, "folder: is a folder")
-        self.assert_fails(self.run_kzfile("copy", "pipe", "b"), 1, "pipe")
+        self.assert_fails(self.run_program("copy", "folder", "b"), 1, "folder: is a folder")
+        self.assert_fails(self.run_program("copy", "pipe", "b"), 1, "pipe")
         self.assertEqual(self.names_in(self.work), ["folder", "pipe"])
 
     def test_one_name_alone_is_a_usage_error(self):
-        self.assert_fails(self.run_kzfile("copy", "a"), 2)
+        self.assert_fails(self.run_program("copy", "a"), 2)
 
     def test_an_unknown_algorithm_is_a_usage_error_before_anything_is_copied(self):
         self.file("a")
-        self.assert_fails(self.run_kzfile("copy", "--verify", "crc", "a", "b"), 2, "crc")
+        self.assert_fails(self.run_program("copy", "--verify", "crc", "a", "b"), 2, "crc")
         self.assertEqual(self.names_in(self.work), ["a"])
 
     def test_a_folder_that_may_not_be_written_to_leaves_no_copy_anywhere(self):
@@ -110,7 +110,7 @@ class Copy(support.KzfileCase):
             self.skipTest("the superuser may write everywhere")
         self.file("a")
         (self.work / "closed").mkdir(0o500)
-        self.assert_fails(self.run_kzfile("copy", "a", "b", "closed/b"), 1, "closed/b: Permission denied")
+        self.assert_fails(self.run_program("copy", "a", "b", "closed/b"), 1, "closed/b: Permission denied")
         self.assertEqual(self.names_in(self.work), ["a", "closed"])
 
     def test_a_full_disk_is_named_and_leaves_no_copy_anywhere(self):
@@ -124,7 +124,7 @@ class Copy(support.KzfileCase):
         if mounted.returncode != 0:
             self.skipTest("no disk can be mounted here: " + mounted.stderr.decode().strip())
         self.addCleanup(subprocess.run, ["umount", "-l", small], check=True)
-        self.assert_fails(self.run_kzfile("copy", "a", "b", "small/b"), 1, "small/b: No space left on device")
+        self.assert_fails(self.run_program("copy", "a", "b", "small/b"), 1, "small/b: No space left on device")
         self.assertEqual((self.names_in(self.work), self.names_in(small)), (["a", "small"], []))
 
     def interrupt(self, number, *words):
@@ -195,7 +195,7 @@ class ProgressBar(support.KzfileCase):
 
     def test_there_is_none_in_a_pipe(self):
         support.make_large_file(self.work / "a", 50)
-        run = self.run_kzfile("copy", "-V", "md5", "a", "b")
+        run = self.run_program("copy", "-V", "md5", "a", "b")
         self.assertEqual((run.returncode, run.stdout, run.stderr), (0, b"", b""))
 
     def test_there_is_none_when_it_is_not_wanted(self):

@@ -55,7 +55,7 @@ class Metadata(support.KzfileCase):
 
     def test_an_unknown_label_is_a_usage_error(self):
         for text in ("pink", "8", "-1", ""):
-            self.assert_fails(self.run_kzfile("metadata", "--label", text, "a"), 2, "label")
+            self.assert_fails(self.run_program("metadata", "--label", text, "a"), 2, "label")
 
     def test_a_label_has_its_colour_on_a_terminal(self):
         self.needs_attributes()
@@ -78,7 +78,7 @@ class Metadata(support.KzfileCase):
         self.assertNotIn("comment", self.shown())
 
     def test_a_comment_that_could_not_be_read_again_is_refused(self):
-        self.assert_fails(self.run_kzfile("metadata", "--comment", "x" * 256, "a"), 2, "255")
+        self.assert_fails(self.run_program("metadata", "--comment", "x" * 256, "a"), 2, "255")
 
     def test_an_attribute_that_is_set_can_be_got(self):
         self.needs_attributes()
@@ -87,11 +87,11 @@ class Metadata(support.KzfileCase):
         self.assertEqual(self.output("metadata", "--get", "key", "a"), "one=two\n")
 
     def test_an_attribute_that_is_not_there_is_a_failure(self):
-        self.assert_fails(self.run_kzfile("metadata", "--get", "key", "a"), 1, "key")
+        self.assert_fails(self.run_program("metadata", "--get", "key", "a"), 1, "key")
 
     def test_an_attribute_without_a_name_or_text_is_a_usage_error(self):
         for text in ("key", "=text"):
-            self.assert_fails(self.run_kzfile("metadata", "--set", text, "a"), 2, "KEY=TEXT")
+            self.assert_fails(self.run_program("metadata", "--set", text, "a"), 2, "KEY=TEXT")
 
     def test_dates_are_understood_in_all_their_forms(self):
         for text, seconds in (("2001-09-09T01:46:40Z", 10**9), ("2001-09-09 01:46:40", 10**9),
@@ -111,7 +111,7 @@ class Metadata(support.KzfileCase):
         for text in ("", "tomorrow", "2026-02-30", "2026-13-01", "2026-01-01 24:00", "2026-01-01T12", "26-01-01",
                      "2026-01-01 12:00:00 MEZ", "2026-01-01 12:00 +1", "@", "@1x", "@99999999999999999999",
                      "2026-01-01 12:00:00 +99:00", "20260101", "0000-00-00", "9999-01-01", "2026-01-01Z "):
-            self.assert_fails(self.run_kzfile("metadata", "--modified", text, "a"), 2, "date")
+            self.assert_fails(self.run_program("metadata", "--modified", text, "a"), 2, "date")
 
     def test_touching_makes_the_dates_new(self):
         os.utime(self.path, (1, 1))
@@ -126,15 +126,15 @@ class Metadata(support.KzfileCase):
         self.assertEqual(self.output("metadata", "-g", "com.apple.progress.fractionCompleted", "a"), "0.250\n")
         self.assertIn("1984-01-24", self.shown()["created"])
         self.output("metadata", "--progress", "none", "a")
-        self.assertEqual(self.run_kzfile("metadata", "-g", "com.apple.progress.fractionCompleted", "a").returncode, 1)
+        self.assertEqual(self.run_program("metadata", "-g", "com.apple.progress.fractionCompleted", "a").returncode, 1)
         self.assertNotIn("1984", self.shown()["created"])
 
     def test_progress_beyond_the_whole_is_a_usage_error(self):
         for text in ("1.01", "-0.1", "nan", "half", ""):
-            self.assert_fails(self.run_kzfile("metadata", f"--progress={text}", "a"), 2, "progress")
+            self.assert_fails(self.run_program("metadata", f"--progress={text}", "a"), 2, "progress")
 
     def test_a_lock_is_set_and_cleared_or_the_failure_is_told(self):
-        run = self.run_kzfile("metadata", "--lock", "a")
+        run = self.run_program("metadata", "--lock", "a")
         if run.returncode != 0:
             self.assert_fails(run, 1, "a: the lock could not be set")
             self.assertEqual(self.shown()["locked"].strip(), "no")
@@ -155,10 +155,10 @@ class Metadata(support.KzfileCase):
         if support.is_root():
             self.skipTest("the superuser may change everything")
         for options in (["-m", "@5"], ["-l", "red"], ["-c", "text"], ["-s", "a=b"]):
-            self.assert_fails(self.run_kzfile("metadata", *options, "/usr/bin/env"), 1, "/usr/bin/env")
+            self.assert_fails(self.run_program("metadata", *options, "/usr/bin/env"), 1, "/usr/bin/env")
 
     def test_a_missing_item_fails_and_the_others_are_shown(self):
-        run = self.run_kzfile("metadata", "missing", "a")
+        run = self.run_program("metadata", "missing", "a")
         self.assertEqual(run.returncode, 1)
         self.assertIn(b"kind:", run.stdout)
         self.assertEqual(run.stderr, b"kzfile: missing: No such file or directory\n")

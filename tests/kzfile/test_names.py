@@ -30,14 +30,14 @@ class Expand(support.KzfileCase):
 
     def test_no_match_is_a_failure_and_the_others_are_listed(self):
         self.file("a")
-        run = self.run_kzfile("expand", "x*", "a*")
+        run = self.run_program("expand", "x*", "a*")
         self.assertEqual((run.returncode, run.stdout, run.stderr), (1, b"a\n", b"kzfile: x*: nothing matches\n"))
 
     def test_names_of_any_kind_are_kept_apart_by_nuls(self):
         names = [b"line\nbreak", b"not utf-8 \xff", b"-dash"]
         for name in names:
             (self.work / os.fsdecode(name)).touch()
-        listed = self.run_kzfile("expand", "-z", "*").stdout
+        listed = self.run_program("expand", "-z", "*").stdout
         self.assertEqual(sorted(listed.split(b"\0")), sorted([b"", *names]))
 
 
@@ -73,6 +73,6 @@ class Size(support.KzfileCase):
 
     def test_a_missing_item_fails_and_the_others_are_told(self):
         self.file("a")
-        run = self.run_kzfile("size", "missing", "a")
+        run = self.run_program("size", "missing", "a")
         self.assertEqual((run.returncode, run.stdout), (1, b"9  a\n"))
         self.assertIn(b"missing: No such file", run.stderr)

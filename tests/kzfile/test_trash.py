@@ -29,7 +29,7 @@ class Trash(support.KzfileCase):
         names = [b"line\nbreak", b"\xff\xfe", b"-r", b" "]
         for name in names:
             (self.work / os.fsdecode(name)).write_bytes(name)
-        run = self.run_kzfile("trash", "--", *names)
+        run = self.run_program("trash", "--", *names)
         self.assertEqual((run.returncode, run.stderr, self.names_in(self.work)), (0, b"", []))
 
     def test_a_link_goes_and_what_it_leads_to_stays(self):
@@ -51,7 +51,7 @@ class Trash(support.KzfileCase):
     def test_a_missing_item_fails_and_the_others_go(self):
         self.needs_trash()
         self.file("a")
-        self.assert_fails(self.run_kzfile("trash", "missing", "a"), 1, "missing: No such file")
+        self.assert_fails(self.run_program("trash", "missing", "a"), 1, "missing: No such file")
         self.assertEqual(self.names_in(self.work), [])
 
     def test_an_item_that_may_not_be_moved_stays_and_is_named(self):
@@ -59,27 +59,27 @@ class Trash(support.KzfileCase):
         closed = self.file("closed/a").parent
         closed.chmod(0o500)
         self.addCleanup(closed.chmod, 0o700)
-        self.assert_fails(self.run_kzfile("trash", "closed/a"), 1, "a")
+        self.assert_fails(self.run_program("trash", "closed/a"), 1, "a")
         self.assertTrue((closed / "a").exists())
 
     def test_a_link_that_leads_nowhere_stays_and_is_named(self):
         (self.work / "link").symlink_to("nowhere")
-        self.assert_fails(self.run_kzfile("trash", "link"), 1, "leads nowhere")
+        self.assert_fails(self.run_program("trash", "link"), 1, "leads nowhere")
         self.assertTrue((self.work / "link").is_symlink())
 
     def test_the_systems_folders_are_refused(self):
         for name in ("/", "/usr", "/usr/bin/env", "/usr/../usr/", "/Library"):
             if os.path.exists(name):
-                self.assert_fails(self.run_kzfile("trash", name), 1, name)
+                self.assert_fails(self.run_program("trash", name), 1, name)
 
     def test_the_home_folder_is_refused_by_any_name(self):
         self.needs_trash()
         (self.work / "link").symlink_to(self.folder)
         for name in (self.home, "link/home", "../home/", "../desk/../home"):
-            self.assert_fails(self.run_kzfile("trash", name), 1, "system's folders")
+            self.assert_fails(self.run_program("trash", name), 1, "system's folders")
         self.assertTrue(self.home.is_dir())
 
     def test_dots_are_refused(self):
         for name in (".", "..", "./", "../desk/."):
-            self.assert_fails(self.run_kzfile("trash", name), 1, "by its name only")
+            self.assert_fails(self.run_program("trash", name), 1, "by its name only")
         self.assertTrue(self.work.is_dir())

@@ -28,23 +28,23 @@ class Wait(support.KzfileCase):
 
     def test_it_gives_up_when_the_time_is_over(self):
         began = time.monotonic()
-        self.assert_fails(self.run_kzfile("wait", "-t", "0.5", "a"), 1, "a: is still not there")
+        self.assert_fails(self.run_program("wait", "-t", "0.5", "a"), 1, "a: is still not there")
         self.assertGreaterEqual(time.monotonic() - began, 0.5)
 
     def test_a_time_out_of_nought_is_one_look(self):
         self.file("a")
         self.output("wait", "-t", "0", "a")
-        self.assert_fails(self.run_kzfile("wait", "-t", "0", "b"), 1, "b")
+        self.assert_fails(self.run_program("wait", "-t", "0", "b"), 1, "b")
 
     def test_a_time_out_that_is_none_is_a_usage_error(self):
         self.file("a")
         for text in ("", "soon", "-1", "1s", "inf", "nan"):
-            self.assert_fails(self.run_kzfile("wait", f"--timeout={text}", "a"), 2, "time-out")
+            self.assert_fails(self.run_program("wait", f"--timeout={text}", "a"), 2, "time-out")
 
     def test_a_file_that_is_being_written_to_is_not_free(self):
         with open(self.file("a"), "ab"):
             self.output("wait", "-t", "5", "a")
-            self.assert_fails(self.run_kzfile("wait", "--free", "-t", "0.2", "a"), 1, "a: is still being written to")
+            self.assert_fails(self.run_program("wait", "--free", "-t", "0.2", "a"), 1, "a: is still being written to")
         self.output("wait", "--free", "-t", "5", "a")
 
     def test_a_file_that_is_only_read_is_free(self):

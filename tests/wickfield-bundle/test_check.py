@@ -28,7 +28,7 @@ class CheckCase(BundleCase):
 
     def report(self, *words, code=None):
         """Of --json; the exit code is looked at when one is given."""
-        run = self.run_tool("check", "--json", self.name, *words)
+        run = self.run_program("check", "--json", self.name, *words)
         self.assertEqual(run.stderr, b"")
         if code is not None:
             self.assertEqual(run.returncode, code, run.stdout)
@@ -42,35 +42,35 @@ class CheckCase(BundleCase):
 
 class Codes(CheckCase):
     def test_is_zero_for_a_bundle_without_errors(self):
-        run = self.run_tool("check", self.name)
+        run = self.run_program("check", self.name)
         self.assertEqual((run.returncode, run.stderr), (0, b""), run.stdout)
         self.assertIn(b"Small Installer.app: 0 errors, ", run.stdout)
 
     def test_is_one_for_an_error(self):
         self.in_tree("readme.txt")
-        run = self.run_tool("check", self.name)
+        run = self.run_program("check", self.name)
         self.assertEqual((run.returncode, run.stderr), (1, b""))
         self.assertIn(b"error tree-top-item\n  " + TREE.encode() + b"/readme.txt\n", run.stdout)
 
     def test_counts_warnings_as_errors_when_that_is_wanted(self):
         self.in_tree("Library/Small/secret", mode=0o600)
-        self.assertEqual(self.run_tool("check", self.name).returncode, 0)
-        self.assertEqual(self.run_tool("check", "--strict", self.name).returncode, 1)
+        self.assertEqual(self.run_program("check", self.name).returncode, 0)
+        self.assertEqual(self.run_program("check", "--strict", self.name).returncode, 1)
 
     def test_is_two_for_what_is_no_bundle(self):
-        self.assert_fails(self.run_tool("check", "missing.app"), 2, "missing.app", "nothing of this name")
-        self.assert_fails(self.run_tool("check", "."), 2, ".app")
+        self.assert_fails(self.run_program("check", "missing.app"), 2, "missing.app", "nothing of this name")
+        self.assert_fails(self.run_program("check", "."), 2, ".app")
         self.file("file.app")
-        self.assert_fails(self.run_tool("check", "file.app"), 2, "not a folder")
+        self.assert_fails(self.run_program("check", "file.app"), 2, "not a folder")
 
     def test_is_two_for_a_command_line_without_sense(self):
-        self.assert_fails(self.run_tool("check"), 2, "no bundle is named")
-        self.assert_fails(self.run_tool("check", self.name, "another.app"), 2, "another.app")
-        self.assert_fails(self.run_tool("check", "--rules", self.name), 2, self.name)
-        self.assert_fails(self.run_tool("check", "--verbose", self.name), 2, "--verbose")
+        self.assert_fails(self.run_program("check"), 2, "no bundle is named")
+        self.assert_fails(self.run_program("check", self.name, "another.app"), 2, "another.app")
+        self.assert_fails(self.run_program("check", "--rules", self.name), 2, self.name)
+        self.assert_fails(self.run_program("check", "--verbose", self.name), 2, "--verbose")
 
     def test_says_in_json_too_that_there_is_no_bundle(self):
-        run = self.run_tool("check", "--json", "missing.app")
+        run = self.run_program("check", "--json", "missing.app")
         self.assertEqual((run.returncode, run.stderr), (2, b""))
         self.assertEqual([finding["rule"] for finding in json.loads(run.stdout)["findings"]], ["not-a-bundle"])
 
@@ -78,7 +78,7 @@ class Codes(CheckCase):
         self.in_tree("readme.txt")
         for name, folder in ((f"{self.name}/", self.work), (f"../desk/{self.name}", self.work),
                              (str(self.made), "/"), (".", self.made), ("..", self.made / "Contents")):
-            run = self.run_tool("check", "--json", name, cwd=folder)
+            run = self.run_program("check", "--json", name, cwd=folder)
             self.assertEqual(run.returncode, 1, (name, run.stderr))
             rules = {finding["rule"] for finding in json.loads(run.stdout)["findings"]}
             self.assertIn("tree-top-item", rules, name)
@@ -89,7 +89,7 @@ class Codes(CheckCase):
         (self.folder / "deep" / "down").mkdir(parents=True)
         (self.work / "aside").symlink_to("../deep/down")
         (self.folder / "deep" / "here").symlink_to(self.work)
-        run = self.run_tool("check", f"aside/../here/{self.name}")
+        run = self.run_program("check", f"aside/../here/{self.name}")
         self.assertEqual((run.returncode, run.stderr), (1, b""))
 
     def test_ends_well_in_a_working_folder_that_is_gone(self):
@@ -104,7 +104,7 @@ class Codes(CheckCase):
 
     def test_has_its_output_lost_as_a_failure(self):
         with open("/dev/full", "wb") as full:
-            run = self.run_tool("check", self.name, stdout=full)
+            run = self.run_program("check", self.name, stdout=full)
         self.assertEqual(run.returncode, 1)
         self.assertIn(b"standard output", run.stderr)
 
@@ -112,7 +112,7 @@ class Codes(CheckCase):
 class Texts(CheckCase):
     def test_have_no_colour_in_a_pipe(self):
         self.in_tree("readme.txt")
-        self.assertNotIn(b"\x1b", self.run_tool("check", self.name).stdout)
+        self.assertNotIn(b"\x1b", self.run_program("check", self.name).stdout)
 
     def test_have_colour_on_a_terminal_that_has_it(self):
         self.in_tree("readme.txt")
@@ -138,7 +138,7 @@ class Texts(CheckCase):
     def test_name_ten_of_many_and_count_the_others(self):
         for number in range(25):
             self.in_tree(f"file {number:02}")
-        text = self.run_tool("check", self.name).stdout.decode()
+        text = self.run_program("check", self.name).stdout.decode()
         self.assertEqual(text.count(TREE + "/file "), 10)
         self.assertIn("and 15 more, which --json lists", text)
         self.assertEqual(len(self.found("tree-top-item")), 25)
@@ -159,12 +159,12 @@ class Jsons(CheckCase):
 
     def test_are_valid_for_names_of_any_bytes(self):
         os.mkdir(os.fsencode(self.made) + b"/" + TREE.encode() + b"/Library/\xff\xc3\n\x1b\"\\")
-        run = self.run_tool("check", "--json", self.name)
+        run = self.run_program("check", "--json", self.name)
         self.assertRegex(run.stdout, rb"\A[\n -~]*\Z")
         self.assertIn("Library/\ufffd\ufffd\n\x1b\"\\", self.found("name-not-utf8"))
 
     def test_are_the_same_on_a_terminal(self):
-        run = self.run_tool("check", "--json", self.name)
+        run = self.run_program("check", "--json", self.name)
         _, shown = self.run_on_terminal("check", "--json", self.name)
         self.assertEqual(shown.replace("\r\n", "\n"), run.stdout.decode())
 
@@ -257,11 +257,11 @@ class Hostile(CheckCase):
         (secret / "a").touch()
         if is_root():
             self.folder.chmod(0o755)
-            run = self.run_tool("check", "--json", self.name, user=NOBODY, group=NOBODY, extra_groups=[])
+            run = self.run_program("check", "--json", self.name, user=NOBODY, group=NOBODY, extra_groups=[])
         else:
             secret.chmod(0)
             self.addCleanup(secret.chmod, 0o700)
-            run = self.run_tool("check", "--json", self.name)
+            run = self.run_program("check", "--json", self.name)
         self.assertEqual((run.returncode, run.stderr), (1, b""))
         self.assertEqual([finding["place"] for finding in json.loads(run.stdout)["findings"]
                           if finding["rule"] == "unreadable"], [f"{TREE}/Library/secret"])
@@ -289,5 +289,5 @@ class Hostile(CheckCase):
 
     def test_takes_names_that_begin_with_a_dash(self):
         shutil.move(self.made, self.work / "-j.app")
-        run = self.run_tool("check", "--", "-j.app")
+        run = self.run_program("check", "--", "-j.app")
         self.assertEqual((run.returncode, run.stderr), (0, b""), run.stdout)

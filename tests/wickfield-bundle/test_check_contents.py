@@ -39,7 +39,7 @@ class ContentsCase(support.BundleCase):
         self.resource("InstallerSettings.plist", plistlib.dumps({**USUAL, **entries}))
 
     def findings(self, *words):
-        run = self.run_tool("check", "--json", *words, self.installer.name)
+        run = self.run_program("check", "--json", *words, self.installer.name)
         self.assertIn(run.returncode, (0, 1), run.stderr)
         return json.loads(run.stdout)["findings"]
 
@@ -110,7 +110,7 @@ class Backgrounds(ContentsCase):
 class Scripts(ContentsCase):
     def test_one_that_does_not_parse_fails_the_check(self):
         self.resource("preinstall.sh", b"#!/bin/bash\nif then\n")
-        run = self.run_tool("check", self.installer.name)
+        run = self.run_program("check", self.installer.name)
         self.assertEqual(run.returncode, 1)
         self.assertIn("script-syntax", run.stdout.decode())
         self.assertIn("line 2: syntax error", " ".join(run.stdout.decode().split()))
@@ -155,7 +155,7 @@ class Settings(ContentsCase):
     def test_with_hostile_names_are_reported_without_acting_on_the_terminal(self):
         self.resource("InstallerSettings.plist",
                       b'<plist><dict><key>K&#x7F;Z</key><string>a</string></dict></plist>')
-        run = self.run_tool("check", self.installer.name)
+        run = self.run_program("check", self.installer.name)
         self.assertNotIn(b"\x7f", run.stdout)
         self.assertIn(b"setting-unknown", run.stdout)
 

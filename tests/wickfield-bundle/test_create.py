@@ -42,7 +42,7 @@ class CreateCase(BundleCase):
         return ("create", *NAMES, "--template", "Template.app", "--output", "out", *more)
 
     def create(self, *more, **options):
-        run = self.run_tool(*self.words(*more), **options)
+        run = self.run_program(*self.words(*more), **options)
         self.assertEqual((run.returncode, run.stderr), (0, b""))
         return run
 
@@ -74,7 +74,7 @@ class CreateTest(CreateCase):
 
     def test_writes_into_the_working_folder_when_told_nothing_else(self):
         self.file("x")
-        run = self.run_tool("create", *NAMES, "--template", "Template.app", "--item", "x=/Library/x")
+        run = self.run_program("create", *NAMES, "--template", "Template.app", "--item", "x=/Library/x")
         self.assertEqual((run.returncode, run.stdout), (0, f"./{BUNDLE}\n".encode()))
         self.assertTrue((self.work / BUNDLE / TREE / "Library/x").is_file())
 
@@ -87,7 +87,7 @@ class CreateTest(CreateCase):
             "agreement": "docs/Agreement.rtf", "background": "art/Background.png", "branding": False,
             "preinstall": "scripts/quit.sh", "postinstall": "scripts/register.sh", "tree": "tree",
             "items": [{"source": "build/Brook.vst3", "destination": "/Library/Audio/Plug-Ins/VST3/"}]}).encode())
-        run = self.run_tool("create", "--template", "Template.app", "--output", "out")
+        run = self.run_program("create", "--template", "Template.app", "--output", "out")
         self.assertEqual((run.returncode, run.stderr), (0, b""))
         resources = self.bundle_path / RESOURCES
         self.assertEqual(plistlib.loads((resources / "InstallerSettings.plist").read_bytes()),
@@ -102,7 +102,7 @@ class CreateTest(CreateCase):
 
     def test_finds_the_template_that_was_built_with_it(self):
         self.file("x")
-        run = self.run_tool("create", *NAMES, "--item", "x=/Library/x")
+        run = self.run_program("create", *NAMES, "--item", "x=/Library/x")
         self.assertEqual(run.returncode, 0, run.stderr)
         program = self.work / BUNDLE / "Contents/Linux/Wickfield"
         self.assertTrue(os.access(program, os.X_OK))
@@ -128,35 +128,35 @@ class ExitCodeTest(CreateCase):
     def test_is_2_for_a_command_line_that_makes_no_sense(self):
         self.file("x")
         for words in (("--item", "x"), ("--item", "x=relative"), ("--colour", "red"), ("more",), ("--output", "")):
-            self.assert_fails(self.run_tool(*self.words(*words)), 2)
-        self.assert_fails(self.run_tool(*self.words("--item", "x=/Library/x", "--host", "amiga")), 2, "amiga")
+            self.assert_fails(self.run_program(*self.words(*words)), 2)
+        self.assert_fails(self.run_program(*self.words("--item", "x=/Library/x", "--host", "amiga")), 2, "amiga")
         self.assertEqual(self.in_output(), [])
 
     def test_is_2_for_a_project_that_makes_no_sense(self):
         self.file("x")
-        self.assert_fails(self.run_tool("create", "--template", "Template.app", "--item", "x=/Library/x"), 2, "no name")
-        self.assert_fails(self.run_tool(*self.words("--item", "x=/Library/../x")), 2, "..")
-        self.assert_fails(self.run_tool(*self.words()), 2, "nothing to install")
+        self.assert_fails(self.run_program("create", "--template", "Template.app", "--item", "x=/Library/x"), 2, "no name")
+        self.assert_fails(self.run_program(*self.words("--item", "x=/Library/../x")), 2, "..")
+        self.assert_fails(self.run_program(*self.words()), 2, "nothing to install")
         self.file("bad.json", b'{\n"name": 1}')
-        self.assert_fails(self.run_tool("create", "--project", "bad.json"), 2, "bad.json:2: “name” has to be a text")
+        self.assert_fails(self.run_program("create", "--project", "bad.json"), 2, "bad.json:2: “name” has to be a text")
 
     def test_is_2_with_a_line_for_each_problem_of_a_project_file(self):
         self.file("bad.json", b'{"name": 1,\n "tree": [],\n "itmes": []}')
-        run = self.run_tool("create", "--project", "bad.json")
+        run = self.run_program("create", "--project", "bad.json")
         self.assertEqual(run.returncode, 2)
         self.assertEqual([line.split(": ")[1] for line in run.stderr.decode().splitlines()],
                          ["bad.json:3", "bad.json:1", "bad.json:2"])
 
     def test_is_1_for_what_lies_on_the_disk(self):
-        self.assert_fails(self.run_tool(*self.words("--item", "none=/Library/x")), 1, "none")
+        self.assert_fails(self.run_program(*self.words("--item", "none=/Library/x")), 1, "none")
         os.mkfifo(self.work / "pipe")
-        self.assert_fails(self.run_tool(*self.words("--item", "pipe=/Library/x")), 1, "pipe")
+        self.assert_fails(self.run_program(*self.words("--item", "pipe=/Library/x")), 1, "pipe")
         self.assertEqual(self.in_output(), [])
 
     def test_is_2_for_a_wrong_source_date(self):
         self.file("x")
         environment = {**self.environment, "SOURCE_DATE_EPOCH": "soon"}
-        self.assert_fails(self.run_tool(*self.words("--item", "x=/Library/x"), env=environment), 2, "SOURCE_DATE_EPOCH")
+        self.assert_fails(self.run_program(*self.words("--item", "x=/Library/x"), env=environment), 2, "SOURCE_DATE_EPOCH")
 
 
 class SourceTest(CreateCase):
@@ -164,14 +164,14 @@ class SourceTest(CreateCase):
         (self.work / "folder/deep").mkdir(parents=True)
         os.mkfifo(self.work / "folder/deep/pipe")
         began = time.monotonic()
-        self.assert_fails(self.run_tool(*self.words("--item", "folder=/Library/x")), 1, "folder/deep/pipe")
+        self.assert_fails(self.run_program(*self.words("--item", "folder=/Library/x")), 1, "folder/deep/pipe")
         self.assertLess(time.monotonic() - began, 20)
         self.assertEqual(self.in_output(), [])
 
     def test_an_agreement_that_is_a_pipe_is_refused(self):
         self.file("x")
         os.mkfifo(self.work / "Agreement.rtf")
-        self.assert_fails(self.run_tool(*self.words("--item", "x=/Library/x", "--agreement", "Agreement.rtf")), 1,
+        self.assert_fails(self.run_program(*self.words("--item", "x=/Library/x", "--agreement", "Agreement.rtf")), 1,
                           "Agreement.rtf")
 
     def test_links_that_loop_or_dangle_inside_a_source_are_kept(self):
@@ -217,7 +217,7 @@ class SourceTest(CreateCase):
         self.many_files(count=400)
         grown = self.file("many/zz/growing", b"x" * 1000)
         self.write_endlessly(grown)
-        run = self.run_tool(*self.words("--item", "many=/Library/many"))
+        run = self.run_program(*self.words("--item", "many=/Library/many"))
         self.assert_fails(run, 1, "growing” changed while it was being copied")
         self.assertEqual(self.in_output(), [])
 
@@ -233,7 +233,7 @@ class SourceTest(CreateCase):
         self.addCleanup(subprocess.run, ["rm", "-rf", str(self.work)], check=False)
         self.create("--item", "deep=/Library/deep")
         self.assertEqual(self.in_output(), [BUNDLE])
-        run = self.run_tool(*self.words("--item", "deep=/Library/deep", "--archive", "--force"))
+        run = self.run_program(*self.words("--item", "deep=/Library/deep", "--archive", "--force"))
         self.assertIn(run.returncode, (0, 1), run.stderr)
         self.assertEqual(self.in_output(), [BUNDLE, ARCHIVE] if run.returncode == 0 else [BUNDLE])
 
@@ -249,7 +249,7 @@ class ReproducibleTest(CreateCase):
             os.utime(path, ns=(0, 1_600_000_000_123_456_789 + hash(path.name) % 7), follow_symlinks=False)
 
     def made(self, folder, **options):
-        run = self.run_tool("create", *NAMES, "--template", str(self.work / "Template.app"), "--tree",
+        run = self.run_program("create", *NAMES, "--template", str(self.work / "Template.app"), "--tree",
                             str(self.work / "tree"), "--item", f"{folder}=/Users/user/Documents/Presets", "--archive",
                             "--output", str(self.out), "--force", **options)
         self.assertEqual((run.returncode, run.stderr), (0, b""))
@@ -313,7 +313,7 @@ class ExistingBundleTest(CreateCase):
 
     def test_stays_without_force(self):
         before = contents(self.bundle_path)
-        self.assert_fails(self.run_tool(*self.words("--item", "x=/Library/y")), 1, "is there already", "--force")
+        self.assert_fails(self.run_program(*self.words("--item", "x=/Library/y")), 1, "is there already", "--force")
         self.assertEqual(contents(self.bundle_path), before)
         self.assertEqual(self.in_output(), [BUNDLE])
 
@@ -325,7 +325,7 @@ class ExistingBundleTest(CreateCase):
     def test_stays_when_a_run_with_force_fails(self):
         before = contents(self.bundle_path)
         self.write_endlessly(self.file("z/changing"))
-        self.assert_fails(self.run_tool(*self.words("--item", "z=/Library/z", "--force")), 1, "changed while")
+        self.assert_fails(self.run_program(*self.words("--item", "z=/Library/z", "--force")), 1, "changed while")
         self.assertEqual(contents(self.bundle_path), before)
         self.assertEqual(self.in_output(), [BUNDLE])
 
@@ -405,12 +405,12 @@ class FullDiskTest(CreateCase):
 
     def test_leaves_nothing_and_says_so(self):
         self.file("x/large", b"x" * 4_000_000)
-        self.assert_fails(self.run_tool(*self.words("--item", "x=/Library/x")), 1, "No space left on device")
+        self.assert_fails(self.run_program(*self.words("--item", "x=/Library/x")), 1, "No space left on device")
         self.assertEqual(self.in_output(), [])
 
     def test_leaves_nothing_when_there_is_room_for_the_bundle_but_not_for_the_archive(self):
         self.file("x/large", os.urandom(1_400_000))
-        self.assert_fails(self.run_tool(*self.words("--item", "x=/Library/x", "--archive")), 1,
+        self.assert_fails(self.run_program(*self.words("--item", "x=/Library/x", "--archive")), 1,
                           "No space left on device")
         self.assertEqual(self.in_output(), [])
 
@@ -419,7 +419,7 @@ class FullDiskTest(CreateCase):
         self.create("--item", "x=/Library/x")
         before = contents(self.bundle_path)
         self.file("y", b"y" * 1_900_000)
-        self.assert_fails(self.run_tool(*self.words("--item", "y=/Library/x", "--force")), 1)
+        self.assert_fails(self.run_program(*self.words("--item", "y=/Library/x", "--force")), 1)
         self.assertEqual(contents(self.bundle_path), before)
 
 

@@ -51,7 +51,7 @@ class MacBuildTest(BundleCase):
             "name": "Brook & <Delay>", "author": "Fenwick & Sons Ltd.",
             "items": [{"source": "Brook.vst3", "destination": "/Library/Audio/Plug-Ins/VST3/"}]}).encode())
         self.template()
-        run = self.run_tool("create", "--project", str(project), "--template", "Template.app", "--output", "out")
+        run = self.run_program("create", "--project", str(project), "--template", "Template.app", "--output", "out")
         self.assertEqual(run.returncode, 0, run.stderr)
         bundles = [self.assemble(project), self.work / "out" / "Brook & <Delay> Installer.app"]
         items = [sorted(str(path.relative_to(bundle)) for path in (bundle / RESOURCES / "PluginStructure").rglob("*"))

@@ -187,7 +187,7 @@ class RandomTrees(BundleCase):
 
     def create(self, maker):
         folder = os.fsdecode(maker.folder)
-        made = self.run_tool("create", "--name", "Random", "--version", "1", "--author", "Nobody",
+        made = self.run_program("create", "--name", "Random", "--version", "1", "--author", "Nobody",
                              "--template", str(self.made_template), "--output", folder, *maker.words())
         self.assertEqual((made.returncode, made.stderr), (0, b""))
         return folder + "/Random Installer.app"

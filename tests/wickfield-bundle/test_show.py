@@ -105,23 +105,23 @@ class Showing(BundleCase):
     def test_nobody_else_can(self):
         if is_root():
             self.skipTest("the superuser can")
-        self.assert_fails(self.run_tool("show", self.installer.name, "--user", "root"), 2, "superuser")
+        self.assert_fails(self.run_program("show", self.installer.name, "--user", "root"), 2, "superuser")
 
     def test_a_user_who_is_not_there_is_named(self):
-        self.assert_fails(self.run_tool("show", self.installer.name, "--user", "no such user"), 2, "no such user")
+        self.assert_fails(self.run_program("show", self.installer.name, "--user", "no such user"), 2, "no such user")
 
     def test_what_is_no_installer_makes_no_sense(self):
         self.file("file", b"")
         (self.work / "Empty.app/Contents").mkdir(parents=True)
         for name in ("nothing.app", "file", ".", "Empty.app"):
             with self.subTest(name):
-                self.assert_fails(self.run_tool("show", name), 2, name)
+                self.assert_fails(self.run_program("show", name), 2, name)
 
     def test_a_command_line_that_makes_no_sense_is_refused(self):
         for words in ([], ["a", "b"], [self.installer.name, "--format", "xml"], [self.installer.name, "--home", ""],
                       [self.installer.name, "--homes", "x"]):
             with self.subTest(words):
-                self.assert_fails(self.run_tool("show", *words), 2, "show:")
+                self.assert_fails(self.run_program("show", *words), 2, "show:")
 
     def test_the_tree_is_drawn_in_ascii_where_the_locale_knows_no_more(self):
         self.in_tree(f"{self.place}/one")
@@ -204,7 +204,7 @@ class Showing(BundleCase):
     def test_output_that_cannot_be_written_is_a_failure(self):
         self.in_tree(f"{self.place}/one")
         with open("/dev/full", "wb") as full:
-            run = self.run_tool("show", self.installer.name, stdout=full)
+            run = self.run_program("show", self.installer.name, stdout=full)
         self.assertEqual(run.returncode, 1)
 
 

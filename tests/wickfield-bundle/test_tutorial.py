@@ -153,7 +153,7 @@ class LookingThingsUp(BundleCase):
         self.output("create", "--name", "Small", "--version", "1", "--author", "Nobody", "--template",
                     str(self.template()), "--item", "a=/opt/small/a")
         plan = json.loads(self.output("show", "--json", "Small Installer.app"))
-        report = json.loads(self.run_tool("check", "--json", "Small Installer.app").stdout)
+        report = json.loads(self.run_program("check", "--json", "Small Installer.app").stdout)
         for name in [*plan, *plan["items"][0], *plan["folders"][0], *plan["totals"], *report, *report["findings"][0]]:
             self.assertIn(f"`{name}`", described)
 

@@ -5,35 +5,11 @@
 #include <iterator>
 
 #include "platform/linux/services/UserDirs.h"
+#include "platform/ports/FolderLayout.h"
 
 namespace platform::linux_host {
 
 namespace {
-
-// Relative to the domain's root; nullptr for a kind that no domain has.
-const char* relativePath(FolderKind kind) {
-    switch (kind) {
-        case FolderKind::applications:
-            return "/Applications";
-        case FolderKind::adminApplications:
-            return "/Applications/Utilities";
-        case FolderKind::library:
-            return "/Library";
-        case FolderKind::documentation:
-            return "/Library/Documentation";
-        case FolderKind::documents:
-            return "/Documents";
-        case FolderKind::desktop:
-            return "/Desktop";
-        case FolderKind::caches:
-            return "/Library/Caches";
-        case FolderKind::applicationSupport:
-            return "/Library/Application Support";
-        case FolderKind::movies:
-            return "/Movies";
-    }
-    return nullptr;
-}
 
 // The name under which the desktop keeps the folder; nullptr when it does not.
 const char* desktopName(FolderKind kind) {
@@ -75,7 +51,7 @@ std::string beginningOfFile(const std::string& path) {
 }  // namespace
 
 std::vector<std::string> LinuxStandardFolders::searchPaths(FolderKind kind, FolderDomain domain) {
-    const char* relative = relativePath(kind);
+    const char* relative = pathInDomain(kind);
     if (relative == nullptr) {
         return {};
     }
@@ -93,7 +69,7 @@ std::vector<std::string> LinuxStandardFolders::searchPaths(FolderKind kind, Fold
 
 std::string LinuxStandardFolders::userFolder(FolderKind kind) {
     if (m_identity.realUserID() == 0) {
-        return joinedOnto("/var/root", relativePath(kind));
+        return joinedOnto("/var/root", pathInDomain(kind));
     }
     const std::string home = m_identity.homeFolder();
     if (const char* name = desktopName(kind)) {
@@ -103,7 +79,7 @@ std::string LinuxStandardFolders::userFolder(FolderKind kind) {
             return found->second;
         }
     }
-    return joinedOnto(home, relativePath(kind));
+    return joinedOnto(home, pathInDomain(kind));
 }
 
 std::string LinuxStandardFolders::temporaryFolder() {

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/ports/FolderLayout.h"
 #include "tools/wickfield-bundle/check/Inventory.h"
 
 namespace wickfield_bundle {
@@ -36,40 +37,16 @@ public:
             return kind == FolderKind::library ? std::vector<std::string>{"/System/Library"}
                                                : std::vector<std::string>{};
         }
+        const char* const path = pathInDomain(kind);
         const bool isPersonal =
             kind == FolderKind::documents || kind == FolderKind::desktop || kind == FolderKind::movies;
-        if (isPersonal && domain == FolderDomain::local) {
+        if (path == nullptr || (isPersonal && domain == FolderDomain::local)) {
             return {};
         }
-        return {(domain == FolderDomain::user ? home : "") + std::string(nameOf(kind))};
+        return {std::string(domain == FolderDomain::user ? home : "") + path};
     }
     std::string temporaryFolder() override { return "/private/tmp"; }
     std::optional<std::string> userCacheFolder() override { return std::nullopt; }
-
-private:
-    static const char* nameOf(FolderKind kind) {
-        switch (kind) {
-            case FolderKind::applications:
-                return "/Applications";
-            case FolderKind::adminApplications:
-                return "/Applications/Utilities";
-            case FolderKind::library:
-                return "/Library";
-            case FolderKind::documentation:
-                return "/Library/Documentation";
-            case FolderKind::documents:
-                return "/Documents";
-            case FolderKind::desktop:
-                return "/Desktop";
-            case FolderKind::caches:
-                return "/Library/Caches";
-            case FolderKind::applicationSupport:
-                return "/Library/Application Support";
-            case FolderKind::movies:
-                return "/Movies";
-        }
-        return "";
-    }
 };
 
 }  // namespace
