@@ -29,7 +29,9 @@ void usePoint(std::string& text) {
     const auto whole = std::find_if(text.begin(), text.end(), isDigit);
     const auto point = std::find_if_not(whole, text.end(), isDigit);
     if (point != text.end() && *point != 'e') {
-        text.replace(point, std::find_if(point, text.end(), isDigit), ".");
+        const auto fraction = std::find_if(point, text.end(), isDigit);
+        *point = '.';
+        text.erase(point + 1, fraction);
     }
 }
 
