@@ -102,6 +102,14 @@ class InBash(Shell):
     def test_the_tab_key_goes_on_from_a_name_that_is_quoted(self):
         self.assert_becomes(b"wickfield-bundle check My\\ In\t", b"My\\ Installer.app/")
 
+    def test_nothing_is_complained_of_where_broken_pipes_are_not_signalled(self):
+        signal.signal(signal.SIGPIPE, signal.SIG_IGN)  # which a shell inherits
+        shown = self.typed_on_a_terminal(["bash", "--noprofile", "--norc", "-i"],
+                                         f"bind 'set enable-bracketed-paste off'; source '{COMPLETION}'",
+                                         b"wickfield-bundle create --project wick\t; echo do\\ne\n", b"\r\ndone")
+        self.assertIn(b"\r\ndone", shown)
+        self.assertNotIn(b"pipe", shown.lower())
+
     def test_the_destination_can_be_typed_right_behind_a_source(self):
         self.assert_becomes(b"wickfield-bundle create --item wick\t=/opt", b"--item wickfield.json=/opt")
 

@@ -51,7 +51,7 @@ _wickfield_offer() {
 }
 
 _wickfield_complete() {
-    local program=$1 current=$2 previous=$3 command='' help letter word value operand index IFS=$'\n'
+    local program=$1 current=$2 previous=$3 command='' help options letter word value operand index IFS=$'\n'
     COMPREPLY=()
     # "--option=value" arrives as three words.
     if [[ $current == = ]]; then
@@ -73,14 +73,15 @@ _wickfield_complete() {
     if [[ -n $command ]]; then
         help=$(_wickfield_help "$program" "$command")
     fi
+    options=$(_wickfield_options "$help")
     while IFS=' ' read -r letter word value; do
         if [[ $value != . && ($previous == "$letter" || $previous == "$word") ]]; then
             _wickfield_offer "$value" "$current"
             return
         fi
-    done < <(_wickfield_options "$help")
+    done <<< "$options"
     if [[ $current == -* ]]; then
-        COMPREPLY=($(compgen -W "$(_wickfield_options "$help" | cut -d ' ' -f 2)" -- "$current"))
+        COMPREPLY=($(compgen -W "$(cut -d ' ' -f 2 <<< "$options")" -- "$current"))
     elif [[ -n $command ]]; then
         operand=${help%%$'\n'*}
         operand=${operand##*[ \[]}
