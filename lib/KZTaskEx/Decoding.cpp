@@ -9,21 +9,6 @@ namespace kz {
 
 namespace {
 
-bool isASCII(std::string_view bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-}
-
-bool isUTF8(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto character = decodeCharacter(bytes);
-        if (!character.valid) {
-            return false;
-        }
-        bytes.remove_prefix(character.bytes);
-    }
-    return true;
-}
-
 std::string fromLatin1(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size());

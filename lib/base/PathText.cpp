@@ -11,18 +11,15 @@ namespace {
 constexpr std::string_view slash = "/";
 
 // Runs of slashes collapsed, trailing ones dropped, "/" itself kept.
-std::string standardised(std::string_view path) {
-    std::string result;
-    result.reserve(path.size());
-    for (const char byte : path) {
-        if (byte != '/' || !result.ends_with('/')) {
-            result += byte;
-        }
+std::string standardised(std::string path) {
+    if (path.find("//") != std::string::npos) {
+        const auto isSecondSlash = [](char byte, char next) { return byte == '/' && next == '/'; };
+        path.erase(std::ranges::unique(path, isSecondSlash).begin(), path.end());
     }
-    if (result.size() > 1 && result.ends_with('/')) {
-        result.pop_back();
+    if (path.size() > 1 && path.ends_with('/')) {
+        path.pop_back();
     }
-    return result;
+    return path;
 }
 
 std::string_view withoutTrailingSlashes(std::string_view path) {
@@ -71,17 +68,19 @@ std::string_view extensionOf(std::string_view path) {
 }  // namespace
 
 std::string appendPathComponent(std::string_view path, std::string_view component) {
-    std::string joined(path);
+    std::string joined;
+    joined.reserve(path.size() + 1 + component.size());
+    joined.append(path);
     if (!path.empty() && !component.empty()) {
         joined += '/';
     }
-    return standardised(joined.append(component));
+    return standardised(std::move(joined.append(component)));
 }
 
 std::string lastPathComponent(std::string_view path) { return std::string(lastComponent(path)); }
 
 std::string deletingLastPathComponent(std::string_view path) {
-    std::string result = standardised(path);
+    std::string result = standardised(std::string(path));
     const std::size_t separator = result.rfind('/');
     if (separator == std::string::npos) {
         return {};
@@ -93,14 +92,14 @@ std::string deletingLastPathComponent(std::string_view path) {
 std::string pathExtension(std::string_view path) { return std::string(extensionOf(path)); }
 
 std::string deletingPathExtension(std::string_view path) {
-    std::string result = standardised(path);
+    std::string result = standardised(std::string(path));
     const std::size_t extension = extensionOf(result).size();
     result.resize(result.size() - (extension == 0 ? 0 : extension + 1));
     return result;
 }
 
 std::string appendPathExtension(std::string_view path, std::string_view extension) {
-    std::string result = standardised(path);
+    std::string result = standardised(std::string(path));
     if (result.empty() || result == slash || !isExtension(extension)) {
         return std::string(path);
     }

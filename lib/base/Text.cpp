@@ -14,20 +14,6 @@ constexpr std::uint32_t replacementCharacter = 0xFFFD;
 
 bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
-bool isASCII(std::string_view text) {
-    constexpr std::uint64_t highBits = 0x8080808080808080U;
-    std::size_t at = 0;
-    for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, text.data() + at, sizeof bytes);
-        if ((bytes & highBits) != 0) {
-            return false;
-        }
-    }
-    return std::all_of(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(),
-                       [](char byte) { return (static_cast<unsigned char>(byte) & 0x80U) == 0; });
-}
-
 // The characters of the categories Z, the line breaks and the tab.
 bool isWhitespaceOrNewline(std::uint32_t character) {
     switch (character) {
@@ -45,6 +31,8 @@ bool isWhitespaceOrNewline(std::uint32_t character) {
             return (character >= '\t' && character <= '\r') || (character >= 0x2000 && character <= 0x200A);
     }
 }
+
+char lowercasedASCII(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte; }
 
 std::uint32_t lowercasedCharacter(std::uint32_t character) {
     const auto* const after =
@@ -121,6 +109,34 @@ void appendCharacter(std::string& text, std::uint32_t codePoint) {
     continuation(0);
 }
 
+bool isASCII(std::string_view text) {
+    constexpr std::uint64_t highBits = 0x8080808080808080U;
+    std::size_t at = 0;
+    for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, text.data() + at, sizeof bytes);
+        if ((bytes & highBits) != 0) {
+            return false;
+        }
+    }
+    return std::all_of(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(),
+                       [](char byte) { return (static_cast<unsigned char>(byte) & 0x80U) == 0; });
+}
+
+bool isUTF8(std::string_view text) {
+    if (isASCII(text)) {
+        return true;
+    }
+    while (!text.empty()) {
+        const DecodedCharacter character = decodeCharacter(text);
+        if (!character.valid) {
+            return false;
+        }
+        text.remove_prefix(character.bytes);
+    }
+    return true;
+}
+
 std::size_t lengthInUTF16(std::string_view text) {
     if (isASCII(text)) {
         return text.size();
@@ -153,6 +169,11 @@ std::string_view trimWhitespaceAndNewlines(std::string_view text) {
 }
 
 std::string lowercased(std::string_view text) {
+    if (isASCII(text)) {
+        std::string lower(text);
+        std::ranges::transform(lower, lower.begin(), lowercasedASCII);
+        return lower;
+    }
     std::string lower;
     lower.reserve(text.size());
     while (!text.empty()) {
@@ -160,8 +181,7 @@ std::string lowercased(std::string_view text) {
         if (character.valid && character.codePoint >= 0x80) {
             appendCharacter(lower, lowercasedCharacter(character.codePoint));
         } else {
-            const char byte = text.front();
-            lower += byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+            lower += lowercasedASCII(text.front());
         }
         text.remove_prefix(character.bytes);
     }

@@ -8,6 +8,9 @@
 
 namespace kz {
 
+bool isASCII(std::string_view text);
+bool isUTF8(std::string_view text);  // all of it valid characters; an empty text is
+
 std::size_t lengthInUTF16(std::string_view text);                   // the platform's count of characters
 std::string_view trimWhitespaceAndNewlines(std::string_view text);  // Unicode white space included
 std::string lowercased(std::string_view text);                      // Unicode simple lower-casing, in any locale

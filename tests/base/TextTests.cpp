@@ -26,6 +26,21 @@ TEST(TextLength, CountsEachByteThatIsNoTextAsOne) {
     EXPECT_EQ(kz::lengthInUTF16("\xE2\x98"), 2U);          // cut short
 }
 
+TEST(Texts, AreASCIIWithNoByteBeyondIt) {
+    EXPECT_TRUE(kz::isASCII(""));
+    EXPECT_TRUE(kz::isASCII("12345678\x7F"));
+    EXPECT_FALSE(kz::isASCII("é12345678"));
+    EXPECT_FALSE(kz::isASCII("12345678é"));
+}
+
+TEST(Texts, AreUTF8WhenEachOfTheirCharactersIs) {
+    EXPECT_TRUE(kz::isUTF8(""));
+    EXPECT_TRUE(kz::isUTF8("plain"));
+    EXPECT_TRUE(kz::isUTF8("é🎹"));
+    EXPECT_FALSE(kz::isUTF8("é\xFF"));
+    EXPECT_FALSE(kz::isUTF8("cut off \xF0\x9F"));
+}
+
 TEST(Trimming, TakesBlanksAndNewlinesFromBothEnds) {
     EXPECT_EQ(kz::trimWhitespaceAndNewlines(" \t\r\n\v\f a b \n"), "a b");
     EXPECT_EQ(kz::trimWhitespaceAndNewlines("a"), "a");

@@ -6,8 +6,6 @@
 
 namespace wickfield_bundle {
 
-bool isUTF8(std::string_view text);
-
 std::string hexadecimal(std::string_view bytes);  // two lower-case digits a byte
 
 }  // namespace wickfield_bundle

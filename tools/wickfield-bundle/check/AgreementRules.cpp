@@ -19,21 +19,6 @@ constexpr std::size_t mostText = std::size_t{4} << 20U;  // bytes that are looke
 
 enum class Kind { plainText, html, richText, macOnly, notText };
 
-bool isUtf8(std::string_view text) {
-    while (!text.empty()) {
-        const kz::DecodedCharacter character = kz::decodeCharacter(text);
-        if (!character.valid) {
-            return false;
-        }
-        text.remove_prefix(character.bytes);
-    }
-    return true;
-}
-
-bool isASCII(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 bool hasByteOrderMark(std::string_view text) {
     return text.starts_with("\xEF\xBB\xBF") || text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
 }
@@ -119,9 +104,9 @@ private:
         if (hasByteOrderMark(m_text)) {
             return;
         }
-        if (m_kind == Kind::plainText && m_isWhole && !isUtf8(m_text)) {
+        if (m_kind == Kind::plainText && m_isWhole && !kz::isUTF8(m_text)) {
             report("agreement-encoding", "It has bytes that are not UTF-8.");
-        } else if (m_kind == Kind::html && !isASCII(m_text) && !namesCharset(m_text)) {
+        } else if (m_kind == Kind::html && !kz::isASCII(m_text) && !namesCharset(m_text)) {
             report("agreement-encoding", "It has letters beyond ASCII but does not name its charset.");
         }
     }

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "lib/base/Text.h"
+
 namespace wickfield_bundle {
 
 namespace {
@@ -21,12 +23,8 @@ std::string mapped(std::string_view name, int options) {
 
 }  // namespace
 
-bool isASCII(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 std::string foldedName(std::string_view name) {
-    if (!isASCII(name)) {
+    if (!kz::isASCII(name)) {
         return mapped(name, UTF8PROC_STABLE | UTF8PROC_DECOMPOSE | UTF8PROC_CASEFOLD);
     }
     std::string folded(name);
@@ -35,7 +33,7 @@ std::string foldedName(std::string_view name) {
 }
 
 std::string decomposedName(std::string_view name) {
-    return isASCII(name) ? std::string(name) : mapped(name, UTF8PROC_STABLE | UTF8PROC_DECOMPOSE);
+    return kz::isASCII(name) ? std::string(name) : mapped(name, UTF8PROC_STABLE | UTF8PROC_DECOMPOSE);
 }
 
 }  // namespace wickfield_bundle

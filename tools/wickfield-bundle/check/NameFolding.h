@@ -16,6 +16,4 @@ std::string foldedName(std::string_view name);
 // With accents as characters of their own, the form in which some file systems of a Mac count and compare.
 std::string decomposedName(std::string_view name);
 
-bool isASCII(std::string_view text);
-
 }  // namespace wickfield_bundle

@@ -6,7 +6,6 @@
 
 #include "lib/base/PathText.h"
 #include "lib/base/Text.h"
-#include "tools/wickfield-bundle/NameBytes.h"
 #include "tools/wickfield-bundle/check/Check.h"
 #include "tools/wickfield-bundle/check/NameFolding.h"
 #include "tools/wickfield-bundle/check/Rules.h"
@@ -34,7 +33,7 @@ bool hasControlCharacters(std::string_view name) {
 
 void checkName(const InventoryEntry& entry, Findings& findings) {
     const std::string_view name = entry.name();
-    if (!isUTF8(name)) {
+    if (!kz::isUTF8(name)) {
         add(findings, "name-not-utf8", entry.path, "Its name has bytes that are not UTF-8.");
     }
     const bool isIconOfAFolder = name == "Icon\r";  // as the Finder calls the file with a folder's own icon

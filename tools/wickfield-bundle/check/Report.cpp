@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "lib/base/Text.h"
 #include "platform/linux/services/ConsoleText.h"
 #include "tools/commandline/Streams.h"
 #include "tools/wickfield-bundle/NameBytes.h"
@@ -163,7 +164,7 @@ std::string jsonReport(const std::string& bundle, const Findings& findings) {
         text.append(separator)
             .append(member("severity", nameOf(finding.severity)) + ", " + member("rule", finding.rule) + ",\n     ")
             .append(member("place", finding.place) + ",\n     ")
-            .append(isUTF8(finding.place) ? "" : member("placeBytes", hexadecimal(finding.place)) + ",\n     ")
+            .append(kz::isUTF8(finding.place) ? "" : member("placeBytes", hexadecimal(finding.place)) + ",\n     ")
             .append(member("reason", finding.reason) + ",\n     ")
             .append(member("remedy", finding.remedy) + "}");
         separator = ",\n    {";

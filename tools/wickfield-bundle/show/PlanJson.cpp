@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "lib/base/Text.h"
 #include "tools/wickfield-bundle/NameBytes.h"
 #include "tools/wickfield-bundle/show/PlanReport.h"
 #include "tools/wickfield-bundle/show/PlanText.h"
@@ -22,7 +23,7 @@ Json jsonOf(const std::optional<PlannedScript>& script) {
 // Under the key, and its bytes beside it where it is no UTF-8.
 void addPath(Json& json, const std::string& key, const std::optional<std::string>& path) {
     json[key] = pathOrNull(path);
-    if (path && !isUTF8(*path)) {
+    if (path && !kz::isUTF8(*path)) {
         json[key + "Bytes"] = hexadecimal(*path);
     }
 }
