@@ -42,7 +42,7 @@ std::string withoutLastTwoCharacters(std::string path) {
     return path;
 }
 
-bool isStandardFolder(const std::string& path) {
+std::vector<std::string> standardFolders() {
     using InBothDomains = OptionalPath (*)(UserDomain);
     static constexpr std::array<InBothDomains, 7> inBothDomains{
         applicationDirectory, adminApplicationDirectory, documentDirectory, libraryDirectory, prefsDirectory,
@@ -50,9 +50,20 @@ bool isStandardFolder(const std::string& path) {
     using InOneDomain = OptionalPath (*)();
     static constexpr std::array<InOneDomain, 4> inOneDomain{desktopDirectory, userDirectory, systemLibraryDirectory,
                                                             localDocumentationDirectory};
-    return std::ranges::any_of(inBothDomains,
-                               [&](auto of) { return path == of(UserDomain::yes) || path == of(UserDomain::no); }) ||
-           std::ranges::any_of(inOneDomain, [&](auto of) { return path == of(); });
+    std::vector<std::string> folders;
+    const auto take = [&](OptionalPath path) {
+        if (path) {
+            folders.push_back(*std::move(path));
+        }
+    };
+    for (const auto of : inBothDomains) {
+        take(of(UserDomain::yes));
+        take(of(UserDomain::no));
+    }
+    for (const auto of : inOneDomain) {
+        take(of());
+    }
+    return folders;
 }
 
 bool isSystemFolder(std::string_view path) {
@@ -135,6 +146,12 @@ std::string uuid() { return platform::host().system->globallyUniqueString(); }
 bool isPathSystemDirectory(const std::string& path) { return isPathSystemDirectory(path, ExactMatch::no); }
 
 bool isPathSystemDirectory(const std::string& path, ExactMatch exactMatch) {
+    return SystemDirectoryGuard().protects(path, exactMatch);
+}
+
+SystemDirectoryGuard::SystemDirectoryGuard() : m_standardFolders(standardFolders()) {}
+
+bool SystemDirectoryGuard::protects(const std::string& path, ExactMatch exactMatch) const {
     constexpr std::size_t shortestProtected = 3;
     if (path == "/") {
         return true;
@@ -143,7 +160,7 @@ bool isPathSystemDirectory(const std::string& path, ExactMatch exactMatch) {
         return false;
     }
     const std::string compared = path.ends_with('/') ? withoutLastTwoCharacters(path) : path;
-    if (isStandardFolder(compared) || isSystemFolder(compared)) {
+    if (std::ranges::find(m_standardFolders, compared) != m_standardFolders.end() || isSystemFolder(compared)) {
         return true;
     }
     return exactMatch == ExactMatch::no && isInSystemFolder(compared);

@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/ports/StandardFolders.h"
 
@@ -60,6 +61,17 @@ std::string uuid();  // never the same twice
 // slashes beforehand.
 bool isPathSystemDirectory(const std::string& path);  // the match is not to be exact
 bool isPathSystemDirectory(const std::string& path, ExactMatch exactMatch);
+
+// The same for many paths: the host is asked for its folders once, when the object is made. Any thread.
+class SystemDirectoryGuard {
+public:
+    SystemDirectoryGuard();
+
+    bool protects(const std::string& path, ExactMatch exactMatch) const;
+
+private:
+    std::vector<std::string> m_standardFolders;
+};
 
 // Below "/Volumes/" and with a component "Backups.backupdb".
 bool isPathOnTimeMachineVolume(const std::string& path);

@@ -304,6 +304,17 @@ TEST_F(SystemDirectoryGuard, ProtectsEachStandardFolderOfBothDomains) {
     EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/Library/Documentation", ExactMatch::yes));
 }
 
+TEST_F(SystemDirectoryGuard, AsksForTheStandardFoldersOnceForManyPaths) {
+    const KZLocalPaths::SystemDirectoryGuard guard;
+    m_folders.paths.clear();  // would have no folder to name any more
+
+    EXPECT_TRUE(guard.protects("/home/ada/Library/Caches", ExactMatch::yes));
+    EXPECT_TRUE(guard.protects("/usr/bin", ExactMatch::no));
+    EXPECT_FALSE(guard.protects("/usr/bin", ExactMatch::yes));
+    EXPECT_FALSE(guard.protects("/home/ada/Library/Caches/mine", ExactMatch::no));
+    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/Library/Caches"));
+}
+
 TEST_F(SystemDirectoryGuard, DoesNotProtectTheStandardFoldersThatItDoesNotName) {
     EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/Movies"));
     EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/Library/Logs"));
