@@ -1,7 +1,5 @@
 #include "app/InstallationTree.h"
 
-#include <optional>
-
 #include "lib/base/PathText.h"
 #include "platform/ports/Host.h"
 
@@ -28,12 +26,12 @@ struct Level {
 
 class Walk {
 public:
-    Walk(const std::string& base, const std::function<bool(const Item&)>& visit,
-         const std::function<void(const Item&)>& passedOver, const std::function<bool(const std::string&)>& mayEnter)
-        : m_base(base), m_visit(visit), m_passedOver(passedOver), m_mayEnter(mayEnter) {}
+    Walk(Folders& folders, const std::string& base, const std::function<bool(const Item&)>& visit,
+         const std::function<void(const Item&)>& passedOver)
+        : m_folders(folders), m_base(base), m_visit(visit), m_passedOver(passedOver) {}
 
     bool visitLevel(const Level& level) const {
-        const auto entries = m_files.contentsOfDirectory(level.folder);
+        const auto entries = m_folders.contents(level.folder);
         if (!entries) {
             return true;
         }
@@ -49,11 +47,11 @@ private:
     bool visitEntry(const Level& level, const platform::DirectoryEntry& entry) const {
         const auto source = kz::appendPathComponent(level.folder, entry.name);
         const bool mayBeFolder = entry.type != platform::FileType::regular;
-        if (mayBeFolder && m_files.isFolder(source) && !platform::host().workspace->isFilePackage(source)) {
-            const auto identity = m_files.identity(source);
+        if (mayBeFolder && m_folders.isFolder(source) && !m_folders.isPackage(source)) {
+            const auto identity = m_folders.identity(source);
             // A link back to a folder on the way here is installed as the link that it is, or the walk would never end.
             if (!identity || !level.liesWithin(*identity)) {
-                return (m_mayEnter && !m_mayEnter(source)) || visitLevel({source, identity, &level});
+                return visitLevel({source, identity, &level});
             }
         }
         const bool hidden = entry.name.starts_with(".");
@@ -68,20 +66,35 @@ private:
         return m_visit(item);
     }
 
-    platform::FileManager& m_files = *platform::host().files;
+    Folders& m_folders;
     const std::string& m_base;
     const std::function<bool(const Item&)>& m_visit;
     const std::function<void(const Item&)>& m_passedOver;
-    const std::function<bool(const std::string&)>& m_mayEnter;
 };
 
 }  // namespace
 
+std::optional<std::vector<platform::DirectoryEntry>> Folders::contents(const std::string& folder) {
+    return platform::host().files->contentsOfDirectory(folder);
+}
+
+bool Folders::isFolder(const std::string& path) { return platform::host().files->isFolder(path); }
+
+bool Folders::isPackage(const std::string& folder) { return platform::host().workspace->isFilePackage(folder); }
+
+std::optional<platform::FileIdentity> Folders::identity(const std::string& path) {
+    return platform::host().files->identity(path);
+}
+
 bool visitItems(const std::string& folder, const std::string& base, const std::function<bool(const Item&)>& visit,
-                const std::function<void(const Item&)>& passedOver,
-                const std::function<bool(const std::string&)>& mayEnter) {
-    return Walk(base, visit, passedOver, mayEnter)
-        .visitLevel({folder, platform::host().files->identity(folder), nullptr});
+                const std::function<void(const Item&)>& passedOver) {
+    Folders folders;
+    return visitItems(folders, folder, base, visit, passedOver);
+}
+
+bool visitItems(Folders& folders, const std::string& folder, const std::string& base,
+                const std::function<bool(const Item&)>& visit, const std::function<void(const Item&)>& passedOver) {
+    return Walk(folders, base, visit, passedOver).visitLevel({folder, folders.identity(folder), nullptr});
 }
 
 }  // namespace InstallationTree

@@ -99,16 +99,40 @@ TEST_F(Tree, HasWhatALinkToAnotherFolderLeadsTo) {
     EXPECT_EQ(seen, (Items{{"/linked/one", tree() + "/linked/one"}}));
 }
 
+class ClosedFolder : public InstallationTree::Folders {
+public:
+    std::optional<std::vector<platform::DirectoryEntry>> contents(const std::string& folder) override {
+        return folder.ends_with("/a") ? std::nullopt : Folders::contents(folder);
+    }
+};
+
 TEST_F(Tree, HasNoItemsInAFolderThatIsNotToBeEntered) {
     write(tree() + "/Library/a/one", "1");
     write(tree() + "/Library/b/two", "2");
     Items found;
-    const bool all = InstallationTree::visitItems(
-        tree(), tree(),
-        [&](const InstallationTree::Item& item) { return found.emplace(item.path, item.source).second; }, {},
-        [](const std::string& folder) { return !folder.ends_with("/a"); });
+    ClosedFolder closed;
+    const bool all = InstallationTree::visitItems(closed, tree(), tree(), [&](const InstallationTree::Item& item) {
+        return found.emplace(item.path, item.source).second;
+    });
     EXPECT_TRUE(all);
     EXPECT_EQ(found, (Items{{"/Library/b/two", tree() + "/Library/b/two"}}));
+}
+
+class Boxes : public InstallationTree::Folders {
+public:
+    bool isPackage(const std::string& folder) override { return folder.ends_with(".box"); }
+};
+
+TEST_F(Tree, HasAsOneItemWhatIsCalledAPackage) {
+    write(tree() + "/Library/a.box/one", "1");
+    write(tree() + "/Library/b.vst3/two", "2");
+    Boxes boxes;
+    Items found;
+    InstallationTree::visitItems(boxes, tree(), tree(), [&](const InstallationTree::Item& item) {
+        return found.emplace(item.path, item.source).second;
+    });
+    EXPECT_EQ(found, (Items{{"/Library/a.box", tree() + "/Library/a.box"},
+                            {"/Library/b.vst3/two", tree() + "/Library/b.vst3/two"}}));
 }
 
 TEST_F(Tree, HasNoItemsWhereThereIsNone) {

@@ -7,14 +7,21 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <new>
+#include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/linux/services/LinuxHost.h"
 #include "platform/ports/Host.h"
 #include "tests/fakes/TemporaryFolder.h"
+#include "tools/wickfield-bundle/check/InventoryWalk.h"
 
 namespace wickfield_bundle {
 namespace {
@@ -136,6 +143,81 @@ TEST_F(Inventories, NameAFolderThatIsGone) {
     EXPECT_THAT(inventory.entries, IsEmpty());
     ASSERT_EQ(inventory.unreadable.size(), 1U);
     EXPECT_EQ(inventory.unreadable.front().path, "");
+}
+
+// Big enough that every thread gets its share, and of no shape that suits one of them.
+TEST_F(Inventories, NameEverythingOnceHoweverTheThreadsShareTheWork) {
+    std::mt19937 numbers(7);
+    std::vector<std::string> folders{""};
+    std::vector<std::string> expected;
+    for (int number = 0; number < 3000; ++number) {
+        const std::string name = std::to_string(numbers() % 10'000) + "-" + std::to_string(number);
+        const std::string path = folders[numbers() % folders.size()] + name;
+        expected.push_back(path);
+        if (numbers() % 4 == 0) {
+            std::filesystem::create_directory(folder / path);
+            folders.push_back(path + "/");
+        } else {
+            std::ofstream(folder / path) << path;
+        }
+    }
+    std::ranges::sort(expected, comesBefore);
+    for (int round = 0; round < 20; ++round) {
+        ASSERT_EQ(paths(), expected);
+    }
+}
+
+TEST_F(Inventories, KnowFoldersThatPeopleSeeAsOneItem) {
+    write("Reverb.vst3/Contents/Info.plist");
+    write("plain/Reverb.vst3");
+    const Inventory inventory = takeInventory(folder.path());
+    EXPECT_TRUE(inventory.find("Reverb.vst3")->isPackage);
+    EXPECT_FALSE(inventory.find("Reverb.vst3/Contents")->isPackage);
+    EXPECT_FALSE(inventory.find("plain")->isPackage);
+    EXPECT_FALSE(inventory.find("plain/Reverb.vst3")->isPackage);
+}
+
+TEST(FolderShares, AreAllTakenBeforeAnybodyStopsWaiting) {
+    FolderShares shares;
+    shares.give({});
+    std::atomic<int> taken = 0;
+    const auto work = [&] {
+        shares.takeAll([&](const FolderShare&) {
+            for (int next = 0; next < 2 && taken < 1000; ++next) {
+                shares.give({});
+            }
+            ++taken;
+        });
+    };
+    std::vector<std::future<void>> threads;
+    for (int index = 0; index < 4; ++index) {
+        threads.push_back(std::async(std::launch::async, work));
+    }
+    for (auto& thread : threads) {
+        thread.get();
+    }
+    EXPECT_GE(taken, 1000);
+    bool isAnyLeft = false;
+    shares.takeAll([&](const FolderShare&) { isAnyLeft = true; });
+    EXPECT_FALSE(isAnyLeft);
+}
+
+TEST(FolderShares, AreNotWaitedForWhenTheirGiverFails) {
+    FolderShares shares;
+    shares.give({});
+    std::promise<void> isBusy;
+    auto failing = std::async(std::launch::async, [&] {
+        shares.takeAll([&](const FolderShare&) {
+            isBusy.set_value();
+            while (!shares.areWanted()) {
+                std::this_thread::yield();
+            }
+            throw std::bad_alloc();
+        });
+    });
+    isBusy.get_future().wait();
+    shares.takeAll([](const FolderShare&) { FAIL() << "there is none"; });
+    EXPECT_THROW(failing.get(), std::bad_alloc);
 }
 
 // A chain of folders that no path can name.

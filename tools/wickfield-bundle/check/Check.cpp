@@ -2,106 +2,21 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <future>
 #include <iterator>
 #include <span>
-#include <system_error>
-#include <utility>
 
 #include "app/InstallationTree.h"
-#include "app/UserPlaceholders.h"
-#include "lib/KZLocalPaths.h"
 #include "lib/base/PathText.h"
 #include "platform/linux/services/LinuxMainBundle.h"
 #include "platform/ports/Host.h"
-#include "tools/wickfield-bundle/check/ModelCustomer.h"
+#include "tools/wickfield-bundle/check/ItemWalk.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 #include "tools/wickfield-bundle/check/SettingsRules.h"
 
 namespace wickfield_bundle {
 
 namespace {
-
-constexpr std::size_t mostBeyondLinks = 20000;  // folders and items
-
-CheckedItem::Guard guardOf(const std::string& destination) {
-    if (!destination.starts_with('/') || !KZLocalPaths::isPathSystemDirectory(destination)) {
-        return CheckedItem::Guard::none;
-    }
-    return KZLocalPaths::isPathSystemDirectory(destination, ExactMatch::yes) ? CheckedItem::Guard::standardFolder
-                                                                             : CheckedItem::Guard::systemFolder;
-}
-
-CheckedItem checkedItem(const InstallationTree::Item& item, const std::string& bundlePath) {
-    std::string destination = UserPlaceholders::replaced(item.path).value_or(item.path);
-    const CheckedItem::Guard guard = guardOf(destination);
-    return {.place = item.source.substr(bundlePath.size() + 1),
-            .path = item.path,
-            .destination = std::move(destination),
-            .guard = guard};
-}
-
-// The installer's own walk, but that it stays in the bundle and ends.
-class TreeWalk {
-public:
-    explicit TreeWalk(CheckedBundle& bundle) : m_bundle(bundle) {
-        std::error_code error;
-        m_realBundle = std::filesystem::canonical(bundle.path, error).string();
-    }
-
-    void run() {
-        const platform::ScopedHost scope(hostOfModelCustomer());
-        const std::string tree = kz::appendPathComponent(m_bundle.path, InstallationTree::pathInBundle);
-        if (!isInBundle(tree)) {
-            return;
-        }
-        InstallationTree::visitItems(
-            tree, tree,
-            [this](const InstallationTree::Item& item) {
-                m_bundle.items.push_back(checkedItem(item, m_bundle.path));
-                return spend(item.source);
-            },
-            [this](const InstallationTree::Item& item) {
-                if (spend(item.source)) {
-                    m_bundle.passedOver.push_back(checkedItem(item, m_bundle.path));
-                }
-            },
-            [this](const std::string& folder) { return mayEnter(folder); });
-        m_bundle.isWalkEndless = m_left == 0;
-        std::ranges::sort(m_bundle.items, comesBefore, &CheckedItem::place);
-        std::ranges::sort(m_bundle.passedOver, comesBefore, &CheckedItem::place);
-    }
-
-private:
-    bool mayEnter(const std::string& folder) {
-        std::error_code error;
-        const bool isLink = std::filesystem::is_symlink(folder, error);
-        const bool liesBeyondLink = !m_link.empty() && liesWithin(folder, m_link);
-        if (isLink && !liesBeyondLink) {
-            m_link = folder;
-        }
-        return (!isLink || isInBundle(folder)) && (!liesBeyondLink || spend(folder));
-    }
-
-    bool isInBundle(const std::string& folder) const {
-        std::error_code error;
-        return liesWithin(std::filesystem::canonical(folder, error).string(), m_realBundle);
-    }
-
-    // Only what is reached by a link can be reached again and again.
-    bool spend(const std::string& source) {
-        if (!m_link.empty() && liesWithin(source, m_link) && m_left > 0) {
-            --m_left;
-        }
-        return m_left > 0;
-    }
-
-    CheckedBundle& m_bundle;
-    std::string m_realBundle;
-    std::string m_link;  // the latest to a folder, but for those that lie beyond one
-    std::size_t m_left = mostBeyondLinks;
-};
 
 const CheckedItem* itemOf(const std::vector<CheckedItem>& items, std::string_view place) {
     const auto after = std::ranges::upper_bound(items, place, comesBefore, &CheckedItem::place);
@@ -178,9 +93,8 @@ CheckedBundle lookAt(const std::string& path) {
                          .resourcesPrefix = "Contents/Resources/",
                          .items = {},
                          .passedOver = {}};
-    auto contents = startInventory(bundle.path);
-    TreeWalk(bundle).run();
-    bundle.contents = contents.get();
+    bundle.contents = takeInventory(bundle.path);
+    findItems(bundle);
     return bundle;
 }
 

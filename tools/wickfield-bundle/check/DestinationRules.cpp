@@ -35,21 +35,22 @@ bool isFolderOfAMac(std::string_view folder) {
 // The first rule that a destination breaks says all that there is to say about it.
 void look(const CheckedItem& item, Findings& findings) {
     const std::string& destination = item.destination;
-    const std::string put = "It is put at \"" + destination + "\"";
+    const auto say = [&](RuleName rule, const std::string& where) {
+        add(findings, rule, item.place, "It is put at \"" + destination + "\"" + where);
+    };
     if (!destination.starts_with('/')) {
         return;
     }
     if (item.guard == CheckedItem::Guard::standardFolder) {
-        add(findings, "destination-refused", item.place, put + ", which is a folder of the system itself.");
+        say("destination-refused", ", which is a folder of the system itself.");
     } else if (isTemporary(destination)) {
-        add(findings, "destination-temporary", item.place, put + ".");
+        say("destination-temporary", ".");
     } else if (item.guard == CheckedItem::Guard::systemFolder) {
-        add(findings, "destination-system", item.place, put + ", among the system's own files.");
+        say("destination-system", ", among the system's own files.");
     } else if (destination.starts_with("/Volumes/")) {
-        add(findings, "destination-volume", item.place, put + ".");
+        say("destination-volume", ".");
     } else if (const std::string_view folder = firstFolder(destination); !isFolderOfAMac(folder)) {
-        add(findings, "destination-root", item.place,
-            put + ", and a Mac has no folder \"" + std::string(folder) + "\".");
+        say("destination-root", ", and a Mac has no folder \"" + std::string(folder) + "\".");
     }
 }
 

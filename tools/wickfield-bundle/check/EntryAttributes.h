@@ -13,12 +13,15 @@ class EntryAttributes {
 public:
     explicit EntryAttributes(platform::FileManager& files);
 
-    // Whether the entry, a file or a folder, has the mark of a download. `path` is the same entry's.
-    bool isQuarantined(int folder, const std::string& name, const std::string& path);
+    // `path` is the same entry's.
+    bool isQuarantined(int folder, const std::string& name, const std::string& path);  // has the mark of a download
+    bool isPackage(int folder, const std::string& name, const std::string& path);
 
     void leave() { m_present = -1; }  // the folder's descriptor goes, and its number may be another's soon
 
 private:
+    bool isIn(int folder);
+
     platform::FileManager& m_files;
     bool m_hasOwnFolder;
     int m_present = -1;  // the folder that the thread works in

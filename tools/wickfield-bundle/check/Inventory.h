@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <future>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +16,7 @@ struct InventoryEntry {
     std::uint64_t size = 0;                                 // bytes; 0 for a folder
     unsigned permissions = 0;                               // mode bits without the type
     platform::FileIdentity identity;
+    bool isPackage = false;  // a folder that people see as one item
     bool isQuarantined = false;
     std::string linkTarget;  // of a link, as it is written
 
@@ -49,10 +49,7 @@ struct Inventory {
     const InventoryEntry* find(std::string_view path) const;  // null when there is none
 };
 
-// Blocks; any depth. `root` has to be a folder. Nothing but folders is opened.
+// Blocks, while a few threads work; any depth. `root` has to be a folder. Nothing but folders is opened.
 Inventory takeInventory(const std::string& root);
-
-// The same on another thread.
-std::future<Inventory> startInventory(const std::string& root);
 
 }  // namespace wickfield_bundle

@@ -297,13 +297,22 @@ std::string_view folderWithABundlesContents(std::string_view place, std::size_t 
     return isCode && kz::pathExtension(folder).empty() ? folder : std::string_view{};
 }
 
-// Whether the item is to be called like the folder that hosts look for plug-ins in.
+bool isCalled(std::string_view name, std::string_view inSmallLetters) {
+    return std::ranges::equal(name, inSmallLetters, {}, lowered);
+}
+
+// Whether the item is to be called like the folder that hosts look for plug-ins in. Asked of every item.
 bool isInPlaceOfAPlugInFolder(const CheckedItem& item) {
-    const std::string name = kz::lowercased(kz::lastPathComponent(item.path));
-    const std::string above = kz::lowercased(kz::lastPathComponent(kz::deletingLastPathComponent(item.path)));
-    return name == "plug-ins" || (above == "plug-ins" && std::ranges::any_of(codeKinds, [&](const CodeKind& kind) {
-                                      return name == kind.folder;
-                                  }));
+    constexpr std::string_view plugIns = "plug-ins";
+    const std::string_view path = item.path;
+    const std::size_t slash = path.rfind('/');
+    const std::string_view name = path.substr(slash + 1);
+    if (isCalled(name, plugIns)) {
+        return true;
+    }
+    const std::string_view above = path.substr(0, slash == std::string_view::npos ? 0 : slash);
+    return isCalled(above.substr(above.rfind('/') + 1), plugIns) &&
+           std::ranges::any_of(codeKinds, [&](const CodeKind& kind) { return isCalled(name, kind.folder); });
 }
 
 void checkItemsOfBundles(const CheckedBundle& bundle, Findings& findings) {

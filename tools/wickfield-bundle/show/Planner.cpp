@@ -104,8 +104,9 @@ public:
 
     void walk() {
         const std::string tree = kz::appendPathComponent(m_plan.bundle, InstallationTree::pathInBundle);
+        CountedFolders folders(*this);
         InstallationTree::visitItems(
-            tree, tree,
+            folders, tree, tree,
             [this](const Item& item) {
                 take(item);
                 return true;
@@ -113,10 +114,6 @@ public:
             [this](const Item& item) {
                 countItem();
                 m_plan.passedOver.push_back(inBundle(item.source));
-            },
-            [this](const std::string& folder) {
-                countFolder(folder);
-                return true;
             });
         explainEarlyLinks();
         m_plan.folders = m_disk.madeFolders();
@@ -130,6 +127,19 @@ public:
     }
 
 private:
+    class CountedFolders : public InstallationTree::Folders {
+    public:
+        explicit CountedFolders(Planner& planner) : m_planner(planner) {}
+
+        std::optional<std::vector<platform::DirectoryEntry>> contents(const std::string& folder) override {
+            m_planner.countFolder(folder);
+            return Folders::contents(folder);
+        }
+
+    private:
+        Planner& m_planner;
+    };
+
     std::string inBundle(const std::string& source) const { return source.substr(m_plan.bundle.size() + 1); }
 
     void countItem() {
