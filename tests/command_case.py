@@ -51,10 +51,10 @@ class CommandCase(unittest.TestCase):
         options.setdefault("env", self.environment)
         return subprocess.run([self.program, *words], timeout=LONGEST, check=False, **options)
 
-    def output(self, *words, **options):
-        """What a run that succeeds prints, as text."""
+    def output(self, *words, code=0, **options):
+        """What a run prints that complains of nothing and ends with the code, as text."""
         run = self.run_program(*words, **options)
-        self.assertEqual((run.returncode, run.stderr), (0, b""))
+        self.assertEqual((run.returncode, run.stderr), (code, b""))
         return run.stdout.decode()
 
     def assert_fails(self, run, code, *words):

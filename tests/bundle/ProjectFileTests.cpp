@@ -171,6 +171,23 @@ TEST(ProjectFile, SaysWhereItIsNoJson) {
                 ElementsAre("repo/wickfield.json:1: is no JSON: number overflow parsing '1e999'"));
 }
 
+TEST(ProjectFile, NamesTheCommaThatIsOneTooMany) {
+    EXPECT_THAT(problemsOf("{\n\"name\": \"B\",\n// the last one\n}"),
+                ElementsAre("repo/wickfield.json:4: is no JSON: nothing stands between the \",\" and the \"}\", so the "
+                            "\",\" is one too many"));
+    EXPECT_THAT(problemsOf("{\"items\": [{}, /* \" */ ]}"), ElementsAre(HasSubstr("\"]\", so the \",\" is one too")));
+    EXPECT_THAT(problemsOf("{\"name\": \"//,\" }, }"), ElementsAre(Not(HasSubstr("one too many"))));
+}
+
+TEST(ProjectFile, NamesTheCommaThatIsMissing) {
+    for (const char* const text : {"{\"name\": \"B\"\n\"version\": \"1\"}", "{\"branding\": true \"name\": \"B\"}",
+                                   "{\"items\": [{} {}]}", "{\"items\": [] \"name\": \"a \\\" b\"}"}) {
+        EXPECT_THAT(problemsOf(text), ElementsAre(HasSubstr("is no JSON: a \",\" is missing in front of this")))
+            << text;
+    }
+    EXPECT_THAT(problemsOf("{\"name\" \"B\"}"), ElementsAre(HasSubstr("expected ':'")));
+}
+
 TEST(ProjectFile, RefusesARootThatIsNoObject) {
     EXPECT_THAT(problemsOf("[]"), ElementsAre(HasSubstr("has to be an object, “{ … }”, and is a list")));
     EXPECT_THAT(problemsOf("7"), ElementsAre(HasSubstr("and is a number")));

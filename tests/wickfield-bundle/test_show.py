@@ -123,6 +123,25 @@ class Showing(BundleCase):
             with self.subTest(words):
                 self.assert_fails(self.run_program("show", *words), 2, "show:")
 
+    def test_strictly_a_refusal_is_a_failure(self):
+        self.in_tree(f"{self.place}/a/one")
+        self.show("--strict")
+        self.place.write_text("no folder")
+        shown = self.show("--strict", code=1)
+        self.assertIn("refused", shown)
+        self.assertEqual(json.loads(self.show("-s", "-j", code=1))["totals"]["refused"], 1)
+
+    def test_strictly_somebody_has_to_be_there_and_the_scripts_have_to_run(self):
+        self.in_tree(f"{self.place}/one")
+        script = self.file(f"{self.installer.name}/Contents/Resources/preinstall.swift", b"print(1)\n")
+        self.show("--strict", code=1)
+        script.unlink()
+        self.show("--strict")
+        if is_root():
+            self.in_tree("/Users/user/x")
+            shown = self.output("show", "--strict", self.installer.name, code=1)
+            self.assertIn("--home", shown)
+
     def test_the_tree_is_drawn_in_ascii_where_the_locale_knows_no_more(self):
         self.in_tree(f"{self.place}/one")
         self.assertIn("└── ", self.show("-f", "tree"))

@@ -42,6 +42,49 @@ private:
     const char** m_farthest;
 };
 
+// Passes over blanks and comments.
+std::size_t startOfToken(std::string_view text, std::size_t at) {
+    for (;;) {
+        at = std::min(text.find_first_not_of(" \t\r\n", at), text.size());
+        if (text.substr(at).starts_with("//")) {
+            at = std::min(text.find('\n', at), text.size());
+        } else if (text.substr(at).starts_with("/*")) {
+            const std::size_t end = text.find("*/", at + 2);
+            at = end == std::string_view::npos ? text.size() : end + 2;
+        } else {
+            return at;
+        }
+    }
+}
+
+std::size_t endOfToken(std::string_view text, std::size_t start) {
+    if (text[start] != '"') {
+        return start + 1;
+    }
+    std::size_t at = start + 1;
+    while (at < text.size() && text[at] != '"') {
+        at += text[at] == '\\' ? 2 : 1;
+    }
+    return std::min(at + 1, text.size());
+}
+
+// What people get wrong most often, when the text that the parser came through ends with it; "" otherwise.
+std::string usualMistake(std::string_view text) {
+    char latest = '\0';  // how the last token begins, or ends if it is a number or a word
+    char before = '\0';
+    for (std::size_t at = startOfToken(text, 0); at < text.size(); at = startOfToken(text, endOfToken(text, at))) {
+        before = std::exchange(latest, text[at]);
+    }
+    if (before == ',' && (latest == '}' || latest == ']')) {
+        return std::string("nothing stands between the \",\" and the \"") + latest + "\", so the \",\" is one too many";
+    }
+    const bool goesOn = latest == '"' || latest == '{' || latest == '[';
+    if (goesOn && std::string_view("{[,:").find(before) == std::string_view::npos && before != '\0') {
+        return "a \",\" is missing in front of this";
+    }
+    return "";
+}
+
 // Builds the value from what the parser reports.
 class Builder : public json::json_sax_t {
 public:
@@ -73,14 +116,20 @@ public:
     bool end_array() override { return close(); }
 
     bool parse_error(std::size_t position, const std::string&, const json::exception& error) override {
+        const std::size_t where = position > 0 ? position - 1 : 0;
+        std::string what = error.what();
+        const bool isColonMissing = what.find("expected ':'") != std::string::npos;
+        const std::string mistake = isColonMissing ? "" : usualMistake({m_start, m_farthest});
+        if (!mistake.empty()) {
+            throw JsonProblem("is no JSON: " + mistake, where);
+        }
         // What the library says after its own mark, and after the line and the column, of which the first is told
         // otherwise.
-        std::string what = error.what();
         const auto mark = what.find("] ");
         what = mark == std::string::npos ? what : what.substr(mark + 2);
         const auto colon = what.starts_with("parse error at line ") ? what.find(": ") : std::string::npos;
         what = colon == std::string::npos ? what : what.substr(colon + 2);
-        throw JsonProblem("is no JSON: " + what, position > 0 ? position - 1 : 0);
+        throw JsonProblem("is no JSON: " + what, where);
     }
 
 private:

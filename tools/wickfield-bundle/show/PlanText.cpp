@@ -97,7 +97,8 @@ std::string noteOn(const PlannedItem& item) {
 }
 
 std::string headText(const Plan& plan, std::size_t columns) {
-    const std::string home = plan.home ? "for the home folder " + *plan.home : "with nobody there to install for";
+    const std::string home = plan.home ? "for the home folder " + *plan.home
+                                       : "with nobody there to install for; a home folder can be named by --home";
     return commandline::boldForOutput(consoleLine(plan.name + " " + plan.version + " " + plan.author)) + ",\n" +
            paragraph(consoleLine(home) + ".", 0, columns) + scriptText("First", plan.before, columns) + '\n';
 }

@@ -20,11 +20,12 @@ namespace {
 using commandline::Arguments;
 using commandline::UsageError;
 
-constexpr std::array<commandline::Option, 4> options{{
+constexpr std::array<commandline::Option, 5> options{{
     {0, "home", "FOLDER", "for a user whose home folder this is, instead of one's own"},
     {0, "user", "NAME", "with that user's rights and home folder; for the superuser"},
     {'f', "format", "text|tree|json", "as a table, the default, as a tree or for programs"},
     {'j', "json", nullptr, "the same as --format json"},
+    {'s', "strict", nullptr, "fail unless all of it would be installed"},
 }};
 
 std::string absolutePath(const std::string& name) {
@@ -60,6 +61,12 @@ std::string formatFrom(const Arguments& arguments) {
     return format;
 }
 
+bool wouldSucceed(const Plan& plan) {
+    const auto canRun = [](const std::optional<PlannedScript>& script) { return !script || script->canRun; };
+    const PlanTotals totals = totalsOf(plan);
+    return totals.refused == 0 && totals.unknown == 0 && canRun(plan.before) && canRun(plan.after);
+}
+
 int run(const Arguments& arguments) {
     const std::string format = formatFrom(arguments);
     const std::string& name = arguments.operands().front();
@@ -80,12 +87,13 @@ int run(const Arguments& arguments) {
         scope.emplace(customer.emplace(*homePath).host());
     }
     try {
-        printPlan(planInstallation(bundle), format);
+        const Plan plan = planInstallation(bundle);
+        printPlan(plan, format);
+        return arguments.has("strict") && !wouldSucceed(plan) ? commandline::failed : commandline::done;
     } catch (const NoInstaller& reason) {
         commandline::printError(name + ": " + reason.what());
         return commandline::wrongUsage;
     }
-    return commandline::done;
 }
 
 }  // namespace
@@ -100,7 +108,9 @@ const commandline::Command showCommand{
         "goes to the Trash), be refused, or need an administrator; and the scripts, and what is\n"
         "passed over. Nothing on the disk is changed and no script is run, so what a script\n"
         "would change first is not known. The items are sorted by name; an installation takes\n"
-        "them in the order in which the file system lists them.\n",
+        "them in the order in which the file system lists them. The exit status is 2 when there\n"
+        "is no installer, and with --strict 1 when an item would be refused, cannot be told, or\n"
+        "a script cannot run.\n",
     .options = options,
     .fewest = 1,
     .most = 1,
