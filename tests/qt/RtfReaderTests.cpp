@@ -203,12 +203,35 @@ TEST(RichText, SurvivesAbsurdNumbers) {
         "€\nx");
 }
 
+QString wordsOf(const RtfParagraph& paragraph) {
+    QString words;
+    for (const auto& run : paragraph.inlines) {
+        words += run.text;
+    }
+    return words;
+}
+
 TEST(RichText, SaysThatItWasCutWhereItIsTooLong) {
     RtfLimits limits;
     limits.paragraphs = 3;
     const RtfDocument document = RtfReader("{\\rtf1 a\\par b\\par c\\par d\\par e\\par}", limits).read();
     EXPECT_EQ(document.blocks.size(), 4U);
     EXPECT_FALSE(document.complete);
+}
+
+TEST(RichText, ShowsTheBeginningOfAParagraphThatIsTooLong) {
+    RtfLimits limits;
+    limits.characters = 6;
+    const RtfDocument longRun = RtfReader("{\\rtf1 beginning}", limits).read();
+    EXPECT_EQ(wordsOf(paragraph(longRun, 0)), "beginn");
+    EXPECT_FALSE(longRun.complete);
+    const RtfDocument twoRuns = RtfReader("{\\rtf1 one {\\b two three}\\par four\\par}", limits).read();
+    EXPECT_EQ(wordsOf(paragraph(twoRuns, 0)), "one tw");
+    EXPECT_EQ(twoRuns.blocks.size(), 1U);
+    EXPECT_FALSE(twoRuns.complete);
+    const RtfDocument fitting = RtfReader("{\\rtf1 sixish}", limits).read();
+    EXPECT_EQ(wordsOf(paragraph(fitting, 0)), "sixish");
+    EXPECT_TRUE(fitting.complete);
 }
 
 TEST(RichText, CountsAsWholeWhenItIsShort) { EXPECT_TRUE(read("a").complete); }

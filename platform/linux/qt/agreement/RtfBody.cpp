@@ -25,10 +25,18 @@ RtfInline* RtfBody::newRun(const RtfPlace& place) {
 }
 
 void RtfBody::addText(QString text, const RtfPlace& place) {
-    text.truncate(std::min(text.size(), m_limits.characters + 1));
-    if (text.isEmpty() || place.style.hidden || !takes(m_limits.characters, text.size())) {
+    if (text.isEmpty() || place.style.hidden) {
         return;
     }
+    const bool fits = text.size() <= m_limits.characters;
+    text.truncate(std::min(text.size(), m_limits.characters));
+    if (takes(m_limits.characters, text.size()) && !text.isEmpty()) {
+        append(std::move(text), place);
+    }
+    m_document.complete = m_document.complete && fits;
+}
+
+void RtfBody::append(QString text, const RtfPlace& place) {
     if (!m_paragraph.inlines.empty() && m_anchor.isEmpty()) {
         RtfInline& last = m_paragraph.inlines.back();
         if (!last.picture && last.style == place.style && last.link == place.link) {

@@ -49,6 +49,7 @@ public:
 
 private:
     bool takes(qsizetype& allowance, qsizetype count);
+    void append(QString text, const RtfPlace& place);
     RtfInline* newRun(const RtfPlace& place);
     void addMark(const RtfPlace& place);
     RtfParagraph takeParagraph(const RtfPlace& place);
