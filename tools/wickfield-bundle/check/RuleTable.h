@@ -156,6 +156,15 @@ inline constexpr auto ruleTable = std::to_array<Rule>({
      "Its owner may not read something in the tree; so the customer, who owns the bundle once it is unpacked, cannot "
      "install it.",
      "Give the owner the right to read it (chmod u+rX)."},
+    {"mode-part-unreadable", Severity::error,
+     "Its owner may not read a part of the installer itself; so neither may the customer, who owns the bundle once it "
+     "is "
+     "unpacked.",
+     "Give everybody the right to read it (chmod a+rX)."},
+    {"mode-part-private", Severity::warning,
+     "Only its owner may read a part of the installer itself: it works for whoever unpacked it, not for other users of "
+     "the computer.",
+     "Give everybody the right to read it (chmod a+rX)."},
     {"mode-private", Severity::warning,
      "Only its owner may read something that is installed for all: other users of the computer cannot use it.",
      "Give everybody the right to read it (chmod a+rX)."},
