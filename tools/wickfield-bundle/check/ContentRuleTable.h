@@ -45,6 +45,14 @@ inline constexpr auto contentRuleTable = std::to_array<Rule>({
     {"resource-outside", Severity::error,
      "The agreement or the background is looked for outside Contents/Resources, where the customer has something else.",
      "Put the file into Contents/Resources and name it alone."},
+    {"resource-language-missing", Severity::warning,
+     "The agreement or the background is there for some languages alone; for customers of others the installer goes on "
+     "without it.",
+     "Put one for everybody into en.lproj, or a single one into Contents/Resources."},
+    {"resource-language-hidden", Severity::warning,
+     "An agreement or a background for one language is never shown: the one in Contents/Resources itself goes before "
+     "it.",
+     "Move the one in Contents/Resources into en.lproj."},
 
     // agreement and background
     {"agreement-unreadable", Severity::error, "The agreement cannot be read.",
