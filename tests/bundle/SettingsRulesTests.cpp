@@ -396,10 +396,26 @@ TEST_F(CheckingAgreements, TakesAFolderOfRichText) {
     EXPECT_THAT(rules(), IsEmpty());
 }
 
-TEST_F(CheckingAgreements, WarnsOfKindsThatMacOSAloneReads) {
-    for (const char* name : {"L.doc", "L.DOCX", "L.odt", "L.webarchive"}) {
+TEST_F(CheckingAgreements, CallsTheFilesOfWordProcessorsAnError) {
+    for (const char* name : {"L.doc", "L.DOCX", "L.odt", "L.webarchive", "L.rtf"}) {
         agreement(name, std::string("PK\3\4\0\0", 6));
-        EXPECT_THAT(rules(), ElementsAre("agreement-one-host")) << name;
+        EXPECT_THAT(rules(), ElementsAre("agreement-kind")) << name;
+    }
+}
+
+TEST_F(CheckingAgreements, NotesTextsThatCallThemselvesSomethingElse) {
+    for (const char* name : {"L.pdf", "L.Docx", "L.rtf", "L.md"}) {
+        agreement(name, "You agree.\n");
+        EXPECT_THAT(rules(), ElementsAre("agreement-extension")) << name;
+    }
+    agreement("Licence.pdf", "You agree.\n");
+    EXPECT_EQ(theReason(), "Its name ends in .pdf, but it is shown as plain text.");
+}
+
+TEST_F(CheckingAgreements, TakesNoVersionForAnExtension) {
+    for (const char* name : {"EULA 1.0", "Licence", "L.TXT", "L.text"}) {
+        agreement(name, "You agree.\n");
+        EXPECT_THAT(rules(), IsEmpty()) << name;
     }
 }
 

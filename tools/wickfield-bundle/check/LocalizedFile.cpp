@@ -57,7 +57,7 @@ LocalizedFile findInEveryLanguage(const std::string& name) {
     const bool isCommon = files.fileExists(common);
     found.isForEverybody = isCommon;
     for (const std::string& folder : languageFolders(resources)) {
-        const std::string path = resources + "/" + folder + "/" + file;
+        const std::string path = std::string(resources).append("/").append(folder).append("/").append(file);
         if (!files.fileExists(path)) {
             continue;
         }
