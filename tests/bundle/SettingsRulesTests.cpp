@@ -176,7 +176,8 @@ TEST_F(CheckingSettings, NotesAnUnknownOneAndWhatMayBeMeant) {
     ASSERT_EQ(all.size(), 2U);
     EXPECT_EQ(all[0].rule, "setting-unknown");
     EXPECT_EQ(all[0].remedy, "Take it out.");
-    EXPECT_EQ(all[1].remedy, "If it is meant to be KZEULAPath, call it so.");
+    EXPECT_EQ(all[1].remedy,
+              "If it is meant to be KZEULAPath, call it so: \"agreement\" in wickfield.json, or --agreement.");
 }
 
 TEST_F(CheckingSettings, CallsAFileThatIsMissingAnError) {
@@ -197,6 +198,17 @@ TEST_F(CheckingSettings, FindsAFileThatIsWrittenWithOtherCapitals) {
 TEST_F(CheckingSettings, CallsAFileOutsideOfTheResourcesAnError) {
     settings({{"KZEULAPath", "<string>../../../../../../../etc/hostname</string>"}});
     EXPECT_THAT(rules(), ElementsAre("resource-outside"));
+}
+
+TEST_F(CheckingSettings, SaysWhereAProjectHasThem) {
+    settings({{"KZPluginName", ""}, {"KZPluginAuthor", "<string></string>"}, {"KZBgImagePath", "<string>B</string>"}});
+    std::vector<std::string> remedies;
+    for (const Finding& finding : findings()) {
+        remedies.push_back(finding.remedy);
+    }
+    EXPECT_THAT(remedies, ElementsAre(HasSubstr("\"name\" in wickfield.json, or --name."),
+                                      HasSubstr("\"author\" in wickfield.json, or --author."),
+                                      HasSubstr("\"background\" in wickfield.json, or --background.")));
 }
 
 class CheckingLanguages : public CheckingSettings {

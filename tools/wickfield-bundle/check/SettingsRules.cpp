@@ -12,6 +12,7 @@
 #include "tools/wickfield-bundle/check/BackgroundRules.h"
 #include "tools/wickfield-bundle/check/NamedResource.h"
 #include "tools/wickfield-bundle/check/PartRights.h"
+#include "tools/wickfield-bundle/check/ProjectKeys.h"
 #include "tools/wickfield-bundle/check/RegularFile.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 #include "tools/wickfield-bundle/project/NearestName.h"
@@ -75,24 +76,32 @@ public:
     }
 
 private:
-    void report(RuleName rule, std::string reason, std::string remedy = {}) {
-        add(m_findings, rule, m_place, std::move(reason), std::move(remedy));
+    void report(RuleName rule, std::string_view key, std::string reason) {
+        add(m_findings, rule, m_place, std::move(reason), remedyInProject(rule, key));
+    }
+
+    void checkMissing(const std::string& key) {
+        const std::string reason = key + " is missing.";
+        if (key == InstallerSettings::nameKey) {
+            add(m_findings, "setting-name-missing", m_place, reason);
+        } else {
+            add(m_findings, "setting-missing", m_place, reason, "Give it: " + inProject(key) + ".");
+        }
     }
 
     void checkShown(const ShownText& shown) {
         const std::string key = shown.key;
         const PropertyValue* value = find(m_values, shown.key);
         if (value == nullptr) {
-            report(key == InstallerSettings::nameKey ? RuleName("setting-name-missing") : RuleName("setting-missing"),
-                   key + " is missing.");
+            checkMissing(key);
             return;
         }
         const auto* text = value->as<std::string>();
         if (text == nullptr) {
-            report("setting-kind",
+            report("setting-kind", key,
                    key + " is " + kindOf(*value) + "; the window shows " + quoted(kz::description(*value)) + ".");
         } else if (isBlank(*text)) {
-            report("setting-empty", key + " is empty.");
+            report("setting-empty", key, key + " is empty.");
         } else {
             checkText(key, *text, shown.longest);
         }
@@ -101,11 +110,12 @@ private:
     void checkText(const std::string& key, const std::string& text, std::size_t longest) {
         const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; };
         if (std::ranges::any_of(text, isControl)) {
-            report("setting-line-break", key + " has a line break or a control character.");
+            report("setting-line-break", key, key + " has a line break or a control character.");
         }
         if (const std::size_t length = kz::lengthInUTF16(text); length > longest) {
-            report("setting-text-long", key + " has " + std::to_string(length) +
-                                            " characters; there is room for about " + std::to_string(longest) + ".");
+            report("setting-text-long", key,
+                   key + " has " + std::to_string(length) + " characters; there is room for about " +
+                       std::to_string(longest) + ".");
         }
     }
 
@@ -113,9 +123,9 @@ private:
         const PropertyValue* value = find(m_values, key.c_str());
         const auto* text = value == nullptr ? nullptr : value->as<std::string>();
         if (value != nullptr && text == nullptr) {
-            report("setting-file-kind", key + " is " + kindOf(*value) + ".");
+            report("setting-file-kind", key, key + " is " + kindOf(*value) + ".");
         } else if (text != nullptr && text->empty()) {
-            report("setting-empty", key + " is empty; no file is looked for.");
+            report("setting-empty", key, key + " is empty; no file is looked for.");
         }
     }
 
@@ -128,9 +138,10 @@ private:
         }
         const auto* text = value->as<std::string>();
         if (text == nullptr || std::ranges::find(words, kz::lowercased(*text)) == words.end()) {
-            report("setting-flag-kind", std::string(InstallerSettings::removesBrandingKey) + " is " +
-                                            (text == nullptr ? kindOf(*value) : quoted(*text)) + ", which counts as " +
-                                            (kz::boolValue(*value) ? "yes." : "no."));
+            report("setting-flag-kind", InstallerSettings::removesBrandingKey,
+                   std::string(InstallerSettings::removesBrandingKey) + " is " +
+                       (text == nullptr ? kindOf(*value) : quoted(*text)) + ", which counts as " +
+                       (kz::boolValue(*value) ? "yes." : "no."));
         }
     }
 
@@ -139,8 +150,8 @@ private:
             return;
         }
         const auto meant = nearestName(key, knownKeys);
-        report("setting-unknown", "The installer does not know " + quoted(key) + ".",
-               meant ? "If it is meant to be " + *meant + ", call it so." : "");
+        add(m_findings, "setting-unknown", m_place, "The installer does not know " + quoted(key) + ".",
+            meant ? "If it is meant to be " + *meant + ", call it so: " + inProject(*meant) + "." : "");
     }
 
     const PropertyDictionary& m_values;
