@@ -43,7 +43,7 @@ int codeFor(const Findings& findings, bool strict) {
 }
 
 std::optional<std::string> reportFile(const Arguments& arguments) {
-    const auto file = arguments.value("report");
+    auto file = arguments.value("report");
     if (file && file->empty()) {
         throw commandline::UsageError("the option --report needs a path");
     }
