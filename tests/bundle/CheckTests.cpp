@@ -32,6 +32,15 @@ TEST_F(Checks, TellWhatIsNoBundle) {
     EXPECT_EQ(whyNoBundle(around() / "empty.app"), "It has no folder \"Contents\".");
 }
 
+TEST_F(Checks, AskForAnArchiveToBeUnpackedFirst) {
+    for (const char* name : {"Echo Installer.zip", "Echo.app.ZIP", "echo.tar.gz", "echo.dmg"}) {
+        std::ofstream(around() / name) << "text";
+        EXPECT_EQ(whyNoBundle(around() / name), "It is an archive: unpack it first.") << name;
+    }
+    std::filesystem::create_directory(around() / "folder.zip");
+    EXPECT_EQ(whyNoBundle(around() / "folder.zip"), "Its name does not end in \".app\".");
+}
+
 TEST_F(Checks, PutFindingsInOrder) {
     write(inTree("b"));
     write(inTree("a"));

@@ -79,7 +79,27 @@ TEST_F(PermissionRules, FindWhatTheInstallerItselfCannotRead) {
     folder(inTree("Library/Reverb"), 0755);
 }
 
-TEST_F(PermissionRules, LeaveTheInstallersOwnPartsAlone) {
+TEST_F(PermissionRules, FindPartsOfTheInstallerThatTheirOwnerMayNotRead) {
+    write("Contents/Info.plist", "", 0244);
+    write("Contents/Linux/Wickfield", "", 0755);
+    folder("Contents/Linux", 0455);
+    folder(treePlace, 0055);
+    EXPECT_THAT(found(checkPermissions), UnorderedElementsAre(Found{"mode-part-unreadable", "Contents/Info.plist"},
+                                                              Found{"mode-part-unreadable", "Contents/Linux"},
+                                                              Found{"mode-part-unreadable", treePlace}));
+    folder(treePlace);
+    folder("Contents/Linux");
+    EXPECT_EQ(reason(checkPermissions), "Its mode is 0244: macOS does not start the installer.");
+}
+
+TEST_F(PermissionRules, WarnOfPartsOfTheInstallerThatOthersMayNotRead) {
+    folder("Contents/Resources", 0700);
+    EXPECT_THAT(found(checkPermissions), ElementsAre(Found{"mode-part-private", "Contents/Resources"}));
+    EXPECT_EQ(reason(checkPermissions),
+              "Its mode is 0700: for other users of the computer the installer calls itself damaged.");
+}
+
+TEST_F(PermissionRules, LeaveWhatTheInstallerDoesNotReadAlone) {
     write("Contents/Resources/a", "", 0600);
     EXPECT_THAT(found(checkPermissions), IsEmpty());
 }

@@ -1,4 +1,5 @@
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include "tests/bundle/CheckFixture.h"
 
@@ -38,6 +39,17 @@ TEST_F(CheckingScripts, SaysWhereOneDoesNotParse) {
 TEST_F(CheckingScripts, FindsAHereDocumentWithoutAnEnd) {
     EXPECT_THAT(foundIn("#!/bin/bash\ncat <<END\ntext\n"), ElementsAre(Found{"script-syntax", script}));
     EXPECT_THAT(reason(checkScripts), HasSubstr("delimited by end-of-file"));
+}
+
+TEST_F(CheckingScripts, FindsOneThatCustomersMayNotRead) {
+    write(script, "#!/bin/bash\necho\n", 0600);
+    EXPECT_THAT(found(checkScripts), ElementsAre(Found{"mode-part-private", script}));
+    EXPECT_EQ(reason(checkScripts),
+              "Its mode is 0600: for other users of the computer the installation fails before it has begun.");
+    if (::geteuid() == 0) {  // anybody else is told that it cannot be opened, too
+        write(script, "#!/bin/bash\necho\n", 0044);
+        EXPECT_THAT(found(checkScripts), ElementsAre(Found{"mode-part-unreadable", script}));
+    }
 }
 
 TEST_F(CheckingScripts, NeverRunsOne) {

@@ -175,6 +175,59 @@ class Jsons(CheckCase):
         self.assertEqual(self.report()["warnings"], 1000)
 
 
+class Reports(CheckCase):
+    """The findings for programs in a file, those for people printed all the same."""
+
+    def written(self, name="findings.json"):
+        return (self.work / name).read_bytes()
+
+    def test_hold_what_json_prints(self):
+        self.in_tree("readme.txt")
+        for words in (("--report", "findings.json"), ("--report=findings.json",), ("-rfindings.json", "--json")):
+            run = self.run_program("check", *words, self.name)
+            self.assertEqual((run.returncode, run.stderr), (1, b""))
+            self.assertEqual(self.written(), self.run_program("check", "--json", self.name).stdout)
+            (self.work / "findings.json").unlink()
+
+    def test_change_nothing_of_what_is_printed(self):
+        self.in_tree("readme.txt")
+        for words in ((), ("--json",)):
+            self.assertEqual(self.run_program("check", "--report", "findings.json", self.name, *words).stdout,
+                             self.run_program("check", self.name, *words).stdout)
+
+    def test_keep_the_exit_codes(self):
+        self.assertEqual(self.run_program("check", "--report", "a", self.name).returncode, 0)
+        self.in_tree("Library/Small/secret", mode=0o600)
+        self.assertEqual(self.run_program("check", "--report", "b", "--strict", self.name).returncode, 1)
+        self.assertEqual(json.loads(self.written("b"))["errors"], 0)
+
+    def test_say_that_there_is_no_bundle(self):
+        self.assert_fails(self.run_program("check", "--report", "findings.json", "missing.app"), 2, "nothing of this name")
+        self.assertEqual([finding["rule"] for finding in json.loads(self.written())["findings"]], ["not-a-bundle"])
+
+    def test_take_the_place_of_an_older_one_and_leave_nothing_else(self):
+        self.file("findings.json", b"old\n", 0o600)
+        self.run_program("check", "--report", "findings.json", self.name)
+        self.assertEqual(json.loads(self.written())["format"], 1)
+        self.assertEqual(stat.S_IMODE((self.work / "findings.json").stat().st_mode), 0o600)
+        self.assertEqual(sorted(os.listdir(self.work)), sorted([self.name, "findings.json"]))
+
+    def test_that_cannot_be_written_are_a_failure_after_all_is_printed(self):
+        os.mkfifo(self.work / "pipe")
+        printed = self.run_program("check", self.name).stdout
+        for file in ("nowhere/findings.json", ".", "pipe", "/dev/null", f"{'long' * 100}.json"):
+            run = self.run_program("check", "--report", file, self.name)
+            self.assertEqual((run.returncode, run.stdout), (1, printed), file)
+            self.assertRegex(run.stderr.decode(), r"\Awickfield-bundle: [^\n]*the report cannot be written: [^\n]+\n\Z")
+            self.assertIn(file, run.stderr.decode())
+        self.assertEqual(self.run_program("check", "--report", ".", "missing.app").returncode, 2)
+
+    def test_need_a_name_and_a_check(self):
+        self.assert_fails(self.run_program("check", "--report=", self.name), 2, "--report needs a path")
+        self.assert_fails(self.run_program("check", "--rules", "--report", "a"), 2, "--report")
+        self.assertFalse((self.work / "a").exists())
+
+
 class Rules(CheckCase):
     def listed(self):
         return json.loads(self.output("check", "--rules", "--json"))

@@ -17,16 +17,15 @@ namespace {
 
 constexpr std::size_t mostText = std::size_t{4} << 20U;  // bytes that are looked at
 
-enum class Kind { plainText, html, richText, macOnly, notText };
+enum class Kind { plainText, html, richText, notText };
 
 bool hasByteOrderMark(std::string_view text) {
     return text.starts_with("\xEF\xBB\xBF") || text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
 }
 
-// As the readers of both hosts tell them: some by the name, the others by what they begin with.
+// As the readers of both hosts tell them: pages by the name too, the others by what they begin with alone.
 Kind kindOf(const std::string& path, std::string_view text) {
     constexpr std::array<std::string_view, 3> pages{"html", "htm", "xhtml"};
-    constexpr std::array<std::string_view, 4> macOnly{"doc", "docx", "odt", "webarchive"};
     const std::string extension = kz::lowercased(kz::pathExtension(path));
     const std::string opening = kz::lowercased(text.substr(0, std::min<std::size_t>(text.size(), 64)));
     const auto opens = opening.find_first_not_of(" \t\r\n");
@@ -39,9 +38,6 @@ Kind kindOf(const std::string& path, std::string_view text) {
     }
     if (start.starts_with("<!doctype html") || start.starts_with("<html")) {
         return Kind::html;
-    }
-    if (std::ranges::find(macOnly, extension) != macOnly.end()) {
-        return Kind::macOnly;
     }
     const bool isBinary = text.find('\0') != std::string_view::npos && !hasByteOrderMark(text);
     return isBinary || text.starts_with("%PDF") ? Kind::notText : Kind::plainText;
@@ -61,12 +57,11 @@ public:
         m_text = file->head(mostText);
         m_isWhole = file->size() <= m_text.size();
         m_kind = kindOf(m_path, m_text);
-        if (m_kind == Kind::macOnly) {
-            report("agreement-one-host", "macOS reads ." + kz::pathExtension(m_path) + " files, Linux does not.");
-        } else if (m_kind == Kind::notText) {
+        if (m_kind == Kind::notText) {
             report("agreement-kind", m_text.starts_with("%PDF") ? "It is a PDF." : "It is no text.");
         } else {
             checkEncoding();
+            checkExtension();
         }
         if (m_kind == Kind::html) {
             checkReferences();
@@ -91,8 +86,7 @@ private:
     void report(RuleName rule, std::string reason) { add(m_findings, rule, m_place, std::move(reason)); }
 
     void checkLength(const MediaReport& reading) {
-        const bool isText = m_kind != Kind::macOnly && m_kind != Kind::notText;
-        if (!reading.isComplete && isText) {
+        if (!reading.isComplete && m_kind != Kind::notText) {
             report("agreement-cut", "The window shows the first " + std::to_string(reading.characters) +
                                         " characters, blanks not counted.");
         } else if (reading.characters == 0 && reading.pictures == 0) {
@@ -108,6 +102,15 @@ private:
             report("agreement-encoding", "It has bytes that are not UTF-8.");
         } else if (m_kind == Kind::html && !kz::isASCII(m_text) && !namesCharset(m_text)) {
             report("agreement-encoding", "It has letters beyond ASCII but does not name its charset.");
+        }
+    }
+
+    // "EULA 1.0" has none.
+    void checkExtension() {
+        const std::string extension = kz::lowercased(kz::pathExtension(m_path));
+        const bool isWord = std::ranges::any_of(extension, [](char c) { return c < '0' || c > '9'; });
+        if (m_kind == Kind::plainText && isWord && extension != "txt" && extension != "text") {
+            report("agreement-extension", "Its name ends in ." + extension + ", but it is shown as plain text.");
         }
     }
 

@@ -8,6 +8,7 @@
 
 #include "app/InstallationTree.h"
 #include "lib/base/PathText.h"
+#include "lib/base/Text.h"
 #include "platform/linux/services/LinuxMainBundle.h"
 #include "platform/ports/Host.h"
 #include "tools/wickfield-bundle/check/ItemWalk.h"
@@ -17,6 +18,12 @@
 namespace wickfield_bundle {
 
 namespace {
+
+bool isArchiveName(std::string_view path) {
+    constexpr std::array<std::string_view, 15> extensions{"zip", "tar", "gz",  "tgz", "bz2", "tbz", "xz",  "txz",
+                                                          "zst", "7z",  "rar", "dmg", "pkg", "iso", "cpgz"};
+    return std::ranges::find(extensions, kz::lowercased(kz::pathExtension(path))) != extensions.end();
+}
 
 const CheckedItem* itemOf(const std::vector<CheckedItem>& items, std::string_view place) {
     const auto after = std::ranges::upper_bound(items, place, comesBefore, &CheckedItem::place);
@@ -74,6 +81,8 @@ bool isBundle(const std::string& path, std::string& whyNot) {
     auto& files = *platform::host().files;
     if (!files.fileExists(path)) {
         whyNot = "There is nothing of this name.";
+    } else if (!files.isFolder(path) && isArchiveName(path)) {
+        whyNot = "It is an archive: unpack it first.";
     } else if (!files.isFolder(path)) {
         whyNot = "It is not a folder.";
     } else if (!path.ends_with(".app")) {

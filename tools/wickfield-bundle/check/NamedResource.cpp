@@ -4,6 +4,7 @@
 
 #include "lib/base/PathText.h"
 #include "tools/wickfield-bundle/check/NameFolding.h"
+#include "tools/wickfield-bundle/check/ProjectKeys.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 
 namespace wickfield_bundle {
@@ -41,17 +42,20 @@ bool checkNamedResource(const CheckedBundle& bundle, const std::string& settings
         return false;
     }
     if (leadsOut(*name)) {
-        add(findings, "resource-outside", settingsPlace, key + " is \"" + *name + "\".");
+        add(findings, "resource-outside", settingsPlace, key + " is \"" + *name + "\".",
+            remedyInProject("resource-outside", key));
         return false;
     }
     if (found) {
         return true;
     }
     if (const InventoryEntry* other = withOtherCase(bundle, *name)) {
-        add(findings, "resource-case", other->path, key + " calls it \"" + *name + "\".");
+        add(findings, "resource-case", other->path, key + " calls it \"" + *name + "\".",
+            remedyInProject("resource-case", key));
     } else {
         add(findings, "resource-missing", settingsPlace,
-            key + " is \"" + *name + "\"; there is no such file in Contents/Resources.");
+            key + " is \"" + *name + "\"; there is no such file in Contents/Resources.",
+            remedyInProject("resource-missing", key));
     }
     return false;
 }

@@ -1,7 +1,9 @@
 #include <string>
 
+#include "app/InstallationTree.h"
 #include "tools/wickfield-bundle/check/Check.h"
 #include "tools/wickfield-bundle/check/ModelCustomer.h"
+#include "tools/wickfield-bundle/check/PartRights.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 
 namespace wickfield_bundle {
@@ -62,9 +64,34 @@ void look(const InventoryEntry& entry, const CheckedItem* item, Findings& findin
     }
 }
 
+void checkFoldersOfParts(const CheckedBundle& bundle, Findings& findings) {
+    checkPartRights(bundle, "Contents", "the installer does not start", findings);
+    checkPartRights(bundle, "Contents/Info.plist", "macOS does not start the installer", findings);
+    checkPartRights(bundle, "Contents/Linux", "the installer does not start on Linux", findings);
+    checkPartRights(bundle, "Contents/MacOS", "the installer does not start on a Mac", findings);
+    checkPartRights(bundle, "Contents/Resources", "the installer calls itself damaged", findings);
+    checkPartRights(bundle, InstallationTree::pathInBundle, "nothing is installed, and success is reported", findings);
+}
+
 }  // namespace
 
+void checkPartRights(const CheckedBundle& bundle, const std::string& place, const std::string& without,
+                     Findings& findings) {
+    const InventoryEntry* const entry = bundle.contents.find(place);
+    if (entry == nullptr || (entry->type != FileType::regular && entry->type != FileType::folder)) {
+        return;
+    }
+    const Rights rights(*entry);
+    if (!rights.ownerMayRead()) {
+        add(findings, "mode-part-unreadable", place, modeOf(*entry) + ": " + without + ".");
+    } else if (!rights.othersMayRead()) {
+        add(findings, "mode-part-private", place,
+            modeOf(*entry) + ": for other users of the computer " + without + ".");
+    }
+}
+
 void checkPermissions(const CheckedBundle& bundle, Findings& findings) {
+    checkFoldersOfParts(bundle, findings);
     ItemCursor items(bundle);
     for (const InventoryEntry& entry : bundle.contents.entries) {
         const bool hasRights = entry.type == FileType::regular || entry.type == FileType::folder;

@@ -26,10 +26,12 @@ inline constexpr auto ruleTable = std::to_array<Rule>({
      "Info.plist does not name the program in Contents/MacOS, or in Contents/Linux where there is no other.",
      "Set CFBundleExecutable to the name of the program's file."},
     {"info-identifier", Severity::error, "Info.plist has no CFBundleIdentifier, by which macOS knows an application.",
-     "Set CFBundleIdentifier to a name of your own, such as com.example.reverb.installer."},
+     R"(Give it a name of your own, such as com.example.reverb.installer: "identifier" in wickfield.json, or )"
+     R"(--identifier.)"},
     {"info-identifier-characters", Severity::warning,
      "The bundle's identifier has characters other than letters, digits, \"-\" and \".\".",
-     "Keep to letters, digits, \"-\" and \".\"; macOS keeps settings and permissions by this name."},
+     R"(Keep to letters, digits, "-" and ".", since macOS keeps permissions by this name: "identifier" in )"
+     R"(wickfield.json, or --identifier.)"},
     {"info-kind", Severity::warning, "Info.plist does not say that the bundle is an application.",
      "Set CFBundlePackageType to APPL."},
     {"program-missing", Severity::error, "The bundle has no program in Contents/MacOS or Contents/Linux.",
@@ -48,7 +50,8 @@ inline constexpr auto ruleTable = std::to_array<Rule>({
      "Contents/Resources/PluginStructure is not a folder, so nothing is installed.",
      "Make it a folder that mirrors the customer's disk."},
     {"tree-empty", Severity::warning, "The tree has nothing to install; the installer reports success all the same.",
-     "Put the files into the tree, or make sure that the scripts are all that is wanted."},
+     R"(Name the files, unless scripts are all that is wanted: "tree" or "items" in wickfield.json, or --tree )"
+     R"(or --item.)"},
     {"tree-top-item", Severity::error,
      "An item at the very top of the tree is put into whatever folder the installer happens to run in.",
      "Move it into the folder of the tree that stands for its place on the customer's disk."},
@@ -156,6 +159,15 @@ inline constexpr auto ruleTable = std::to_array<Rule>({
      "Its owner may not read something in the tree; so the customer, who owns the bundle once it is unpacked, cannot "
      "install it.",
      "Give the owner the right to read it (chmod u+rX)."},
+    {"mode-part-unreadable", Severity::error,
+     "Its owner may not read a part of the installer itself; so neither may the customer, who owns the bundle once it "
+     "is "
+     "unpacked.",
+     "Give everybody the right to read it (chmod a+rX)."},
+    {"mode-part-private", Severity::warning,
+     "Only its owner may read a part of the installer itself: it works for whoever unpacked it, not for other users of "
+     "the computer.",
+     "Give everybody the right to read it (chmod a+rX)."},
     {"mode-private", Severity::warning,
      "Only its owner may read something that is installed for all: other users of the computer cannot use it.",
      "Give everybody the right to read it (chmod a+rX)."},

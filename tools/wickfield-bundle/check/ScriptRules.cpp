@@ -12,6 +12,7 @@
 #include "lib/base/Text.h"
 #include "platform/ports/Host.h"
 #include "tools/wickfield-bundle/check/Check.h"
+#include "tools/wickfield-bundle/check/PartRights.h"
 #include "tools/wickfield-bundle/check/RegularFile.h"
 #include "tools/wickfield-bundle/check/Rules.h"
 #include "tools/wickfield-bundle/check/ShellScriptCheck.h"
@@ -90,7 +91,7 @@ void checkText(const CheckedBundle& bundle, const std::string& place, std::strin
     }
 }
 
-void checkScript(const CheckedBundle& bundle, const char* name, Findings& findings) {
+void checkScript(const CheckedBundle& bundle, const char* name, const std::string& without, Findings& findings) {
     std::optional<std::string> running;
     for (const auto& interpreter : InstallationScripts::interpreters()) {
         const std::string place = bundle.resourcesPrefix + name + "." + interpreter.extension;
@@ -103,6 +104,7 @@ void checkScript(const CheckedBundle& bundle, const char* name, Findings& findin
         } else {
             running = place;
             checkText(bundle, place, interpreter.extension, findings);
+            checkPartRights(bundle, place, without, findings);
         }
     }
 }
@@ -110,9 +112,8 @@ void checkScript(const CheckedBundle& bundle, const char* name, Findings& findin
 }  // namespace
 
 void checkScripts(const CheckedBundle& bundle, Findings& findings) {
-    for (const char* name : scriptNames) {
-        checkScript(bundle, name, findings);
-    }
+    checkScript(bundle, InstallationScripts::before, "the installation fails before it has begun", findings);
+    checkScript(bundle, InstallationScripts::after, "the installation fails once its files are in place", findings);
     for (const InventoryEntry& entry : bundle.contents.entries) {
         if (entry.type != FileType::folder && entry.path.starts_with(bundle.resourcesPrefix) &&
             !bundle.isInTree(entry.path)) {
