@@ -90,8 +90,8 @@ public:
     }
 
 private:
-    // What is open at a time; the folders above those are found again by "..".
-    static constexpr std::size_t mostOpen = 64;
+    // What a thread has open at a time; the folders above those are found again by "..".
+    static constexpr std::size_t mostOpen = 32;
 
     struct Level {
         Descriptor folder;
