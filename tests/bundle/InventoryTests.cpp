@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -16,6 +18,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/services/LinuxHost.h"
@@ -202,6 +205,19 @@ TEST(FolderShares, AreAllTakenBeforeAnybodyStopsWaiting) {
     EXPECT_FALSE(isAnyLeft);
 }
 
+// Another thread may well be at work on what it gave.
+TEST(FolderShares, KeepThePlacesForWhatIsFoundWhenTheirGiverFails) {
+    FolderShares shares;
+    shares.give({});
+    EXPECT_THROW(shares.takeAll([&](const FolderShare&) {
+        shares.give({.part = &shares.addPart()});
+        throw std::bad_alloc();
+    }),
+                 std::bad_alloc);
+    shares.takeAll([](const FolderShare& share) { share.part->found.entries.emplace_back(); });
+    EXPECT_EQ(shares.countEntries(), 1U);
+}
+
 TEST(FolderShares, AreNotWaitedForWhenTheirGiverFails) {
     FolderShares shares;
     shares.give({});
@@ -223,9 +239,12 @@ TEST(FolderShares, AreNotWaitedForWhenTheirGiverFails) {
 // A chain of folders that no path can name.
 class DeepInventories : public Inventories {
 protected:
-    void dig(int levels, const std::string& name) {
+    void dig(int levels, const std::string& name, const std::vector<const char*>& files = {}) {
         int present = ::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY);
         for (int level = 0; level < levels; ++level) {
+            for (const char* const file : files) {
+                ::close(::openat(present, file, O_CREAT | O_WRONLY, 0644));
+            }
             ASSERT_EQ(::mkdirat(present, name.c_str(), 0755), 0);
             const int next = ::openat(present, name.c_str(), O_RDONLY | O_DIRECTORY);
             ::close(present);
@@ -252,6 +271,37 @@ TEST_F(DeepInventories, GoBeyondWhatAPathCanName) {
     EXPECT_EQ(inventory.entries.back().path, "zebra");
     EXPECT_THAT(inventory.unreadable, IsEmpty());
     EXPECT_THAT(inventory.tooDeep, IsEmpty());
+}
+
+TEST_F(DeepInventories, NeedFewOpenFiles) {
+    dig(60, "folder");
+    struct rlimit before {};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const struct rlimit few { .rlim_cur = 40, .rlim_max = before.rlim_max };
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    const Inventory inventory = takeInventory(folder.path());
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(inventory.entries.size(), 61U);
+    EXPECT_THAT(inventory.unreadable, IsEmpty());
+}
+
+// What one thread gives, another gives half of, and so on with every folder on the way down.
+TEST_F(DeepInventories, NeedLittleMemoryForCallsHoweverOftenTheWorkIsShared) {
+    dig(2000, "z", {"a", "b", "c"});
+    pthread_attr_t attributes;
+    ASSERT_EQ(::pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(::pthread_attr_setstacksize(&attributes, std::size_t{128} * 1024), 0);
+    std::pair<std::string, std::size_t> work{folder.path(), 0};
+    const auto run = [](void* what) -> void* {
+        auto& [path, found] = *static_cast<std::pair<std::string, std::size_t>*>(what);
+        found = takeInventory(path).entries.size();
+        return nullptr;
+    };
+    pthread_t thread{};
+    ASSERT_EQ(::pthread_create(&thread, &attributes, run, &work), 0);
+    ::pthread_join(thread, nullptr);
+    ::pthread_attr_destroy(&attributes);
+    EXPECT_EQ(work.second, 2000 * 4 + 1U);
 }
 
 TEST_F(DeepInventories, EndWhereNothingCouldBeUsedAnyMore) {

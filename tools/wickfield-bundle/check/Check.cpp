@@ -122,7 +122,7 @@ Findings checkBundle(const std::string& path) {
 
     SettingsCheck settings(helper);  // works on beside the walk
     const CheckedBundle bundle = lookAt(path);
-    auto others = std::async(std::launch::async, [&] { return run(someRules, bundle); });
+    auto others = std::async(std::launch::async | std::launch::deferred, [&] { return run(someRules, bundle); });
     findings = run(otherRules, bundle);
     std::ranges::move(others.get(), std::back_inserter(findings));
     settings.finish(bundle, findings);

@@ -6,7 +6,6 @@
 #include <functional>
 #include <future>
 #include <iterator>
-#include <numeric>
 #include <thread>
 #include <utility>
 
@@ -35,24 +34,31 @@ void append(Things& things, Things&& more) {
     std::ranges::move(more, std::back_inserter(things));
 }
 
-std::size_t countEntries(const InventoryPart& part) {
-    return std::accumulate(part.others.begin(), part.others.end(), part.found.entries.size(),
-                           [](std::size_t count, const auto& other) { return count + countEntries(*other.second); });
-}
-
-void assemble(InventoryPart& part, Inventory& whole) {
-    auto next = part.found.entries.begin();
-    const auto takeUntil = [&](auto end) {
-        std::move(next, end, std::back_inserter(whole.entries));
-        next = end;
+// The parts lie in one another as deep as the folders do, and deeper: too deep to be gone through by recursion.
+void assemble(InventoryPart& first, Inventory& whole) {
+    struct Level {
+        InventoryPart* part;
+        std::size_t nextOther = 0;
+        std::size_t nextEntry = 0;
     };
-    for (const auto& [place, other] : part.others) {
-        takeUntil(part.found.entries.begin() + static_cast<std::ptrdiff_t>(place));
-        assemble(*other, whole);
+    std::vector<Level> levels{{.part = &first}};
+    while (!levels.empty()) {
+        auto& [part, nextOther, nextEntry] = levels.back();
+        auto& [entries, unreadable, tooDeep] = part->found;
+        const bool isLast = nextOther == part->others.size();
+        const std::size_t end = isLast ? entries.size() : part->others[nextOther].first;
+        const auto at = entries.begin();
+        std::move(at + static_cast<std::ptrdiff_t>(nextEntry), at + static_cast<std::ptrdiff_t>(end),
+                  std::back_inserter(whole.entries));
+        nextEntry = end;
+        if (!isLast) {
+            levels.push_back({.part = part->others[nextOther++].second});
+            continue;
+        }
+        append(whole.unreadable, std::move(unreadable));
+        append(whole.tooDeep, std::move(tooDeep));
+        levels.pop_back();
     }
-    takeUntil(part.found.entries.end());
-    append(whole.unreadable, std::move(part.found.unreadable));
-    append(whole.tooDeep, std::move(part.found.tooDeep));
 }
 
 }  // namespace
@@ -75,20 +81,21 @@ const InventoryEntry* Inventory::find(std::string_view path) const {
 
 Inventory takeInventory(const std::string& root) {
     constexpr unsigned mostThreads = 4;
-    InventoryPart part;
+    constexpr auto aThreadIfThereIsOne = std::launch::async | std::launch::deferred;
     FolderShares shares;
+    InventoryPart& part = shares.addPart();
     giveWhole(root, shares, part);
     {
         std::vector<std::future<void>> walks;
         for (unsigned left = std::clamp(std::thread::hardware_concurrency(), 1U, mostThreads); left > 0; --left) {
-            walks.push_back(std::async(std::launch::async, walkFolders, std::cref(root), std::ref(shares)));
+            walks.push_back(std::async(aThreadIfThereIsOne, walkFolders, std::cref(root), std::ref(shares)));
         }
         for (auto& walk : walks) {
             walk.get();
         }
     }
     Inventory inventory;
-    inventory.entries.reserve(countEntries(part));
+    inventory.entries.reserve(shares.countEntries());
     assemble(part, inventory);
     std::ranges::sort(inventory.unreadable, comesBefore, &Inventory::Unreadable::path);
     std::ranges::sort(inventory.tooDeep, comesBefore);

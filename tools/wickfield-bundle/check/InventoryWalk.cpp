@@ -1,11 +1,13 @@
 #include "tools/wickfield-bundle/check/InventoryWalk.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <numeric>
 #include <ranges>
 #include <system_error>
 #include <utility>
@@ -61,6 +63,15 @@ int readTarget(int folder, const std::string& name, std::string& target) {
     return code;
 }
 
+// How many folders one walk holds open at a time: the others walk as well, and the program opens other files.
+std::size_t mostOpenFolders() {
+    constexpr rlim_t fewest = 2;
+    constexpr rlim_t most = 64;
+    constexpr rlim_t part = 8;
+    struct rlimit limit {};
+    return ::getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::clamp(limit.rlim_cur / part, fewest, most) : most;
+}
+
 class Walk {
 public:
     Walk(const std::string& root, EntryAttributes& attributes, FolderShares& shares)
@@ -90,16 +101,13 @@ public:
     }
 
 private:
-    // What a thread has open at a time; the folders above those are found again by "..".
-    static constexpr std::size_t mostOpen = 32;
-
     struct Level {
         Descriptor folder;
         FileIdentity identity = {};
         std::size_t pathLength = 0;
         std::vector<std::string> names = {};
         std::size_t next = 0;
-        std::vector<std::unique_ptr<InventoryPart>> given = {};  // of the names that were last, from the end
+        std::vector<InventoryPart*> given = {};  // of the names that were last, from the end
     };
 
     // The second half of what is left of the uppermost folder that can be divided: there is most below it.
@@ -116,12 +124,12 @@ private:
             return;
         }
         const auto half = level->names.begin() + static_cast<std::ptrdiff_t>((level->next + level->names.size()) / 2);
-        level->given.push_back(std::make_unique<InventoryPart>());
+        level->given.push_back(&m_shares.addPart());
         m_shares.give({.folder = std::move(folder),
                        .identity = level->identity,
                        .path = m_fullPath.substr(0, level->pathLength),
                        .names = {std::move_iterator(half), std::move_iterator(level->names.end())},
-                       .part = level->given.back().get()});
+                       .part = level->given.back()});
         level->names.erase(half, level->names.end());
     }
 
@@ -175,15 +183,15 @@ private:
             fail(code);
         }
         m_levels.push_back(std::move(level));
-        if (m_levels.size() > mostOpen) {
-            m_levels[m_levels.size() - mostOpen - 1].folder.reset();
+        if (m_levels.size() > m_mostOpen) {
+            m_levels[m_levels.size() - m_mostOpen - 1].folder.reset();
             m_attributes.leave();
         }
     }
 
     void leave() {
-        for (auto& part : m_levels.back().given | std::views::reverse) {
-            m_part->others.emplace_back(m_part->found.entries.size(), std::move(part));
+        for (InventoryPart* const part : m_levels.back().given | std::views::reverse) {
+            m_part->others.emplace_back(m_part->found.entries.size(), part);
         }
         const Descriptor left = std::move(m_levels.back().folder);
         m_attributes.leave();
@@ -194,7 +202,8 @@ private:
         Level& level = m_levels.back();
         struct stat status {};
         level.folder.reset(::openat(left.get(), "..", howFoldersAreOpened));
-        const int code = !level.folder                               ? errno
+        const int code = !left                                       ? ENOENT  // what lay in it was moved meanwhile
+                         : !level.folder                             ? errno
                          : ::fstat(level.folder.get(), &status) != 0 ? errno
                          : identityOf(status) == level.identity      ? 0
                                                                      : ENOENT;  // it was moved meanwhile
@@ -208,6 +217,7 @@ private:
     EntryAttributes& m_attributes;
     FolderShares& m_shares;
     std::size_t m_rootLength;
+    std::size_t m_mostOpen = mostOpenFolders();  // the folders above those are found again by ".."
     InventoryPart* m_part = nullptr;
     std::string m_fullPath;  // of what is looked at
     std::vector<Level> m_levels;
@@ -215,11 +225,22 @@ private:
 
 }  // namespace
 
+InventoryPart& FolderShares::addPart() {
+    const std::lock_guard lock(m_mutex);
+    return m_parts.emplace_back();
+}
+
+std::size_t FolderShares::countEntries() const {
+    return std::accumulate(
+        m_parts.begin(), m_parts.end(), std::size_t{0},
+        [](std::size_t count, const InventoryPart& part) { return count + part.found.entries.size(); });
+}
+
 void FolderShares::give(FolderShare share) {
     {
         const std::lock_guard lock(m_mutex);
-        --m_wanted;
         m_shares.push_back(std::move(share));
+        --m_wanted;
     }
     m_changed.notify_one();
 }

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <deque>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -19,7 +19,7 @@ namespace wickfield_bundle {
 // What one walk found, with the places where what others found belongs in it.
 struct InventoryPart {
     Inventory found;
-    std::vector<std::pair<std::size_t, std::unique_ptr<InventoryPart>>> others;  // each before the entry of this number
+    std::vector<std::pair<std::size_t, InventoryPart*>> others;  // each before the entry of this number
 };
 
 // Entries of an open folder that nobody has looked at yet.
@@ -36,6 +36,9 @@ class FolderShares {
 public:
     // Whether a thread waits for a share that none has given yet.
     bool areWanted() const { return m_wanted.load(std::memory_order_relaxed) > 0; }
+    // For what is found in one more share; lives as long as this, whatever becomes of the thread that gives the share.
+    InventoryPart& addPart();
+    std::size_t countEntries() const;  // in all parts; when nobody looks any more
     void give(FolderShare share);
     // Calls back for one share after the other; waits for the next while another thread may still give some.
     void takeAll(const std::function<void(FolderShare)>& look);
@@ -43,6 +46,7 @@ public:
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
+    std::deque<InventoryPart> m_parts;
     std::vector<FolderShare> m_shares;
     std::atomic<int> m_wanted = 0;  // threads that wait, less the shares that lie ready
     int m_busy = 0;                 // threads that look at one
@@ -51,7 +55,8 @@ private:
 // The first share, which is all that lies in the folder `root`. Why there is none goes into the part.
 void giveWhole(const std::string& root, FolderShares& shares, InventoryPart& part);
 
-// Looks at all that is given, together with the other threads that call this. Not for the process's first thread.
+// Looks at all that is given, together with the other threads that call this. The process's first thread is the slowest
+// at it, and any other may have another working folder afterwards.
 void walkFolders(const std::string& root, FolderShares& shares);
 
 }  // namespace wickfield_bundle
