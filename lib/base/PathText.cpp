@@ -14,7 +14,7 @@ constexpr std::string_view slash = "/";
 std::string standardised(std::string path) {
     if (path.find("//") != std::string::npos) {
         const auto isSecondSlash = [](char byte, char next) { return byte == '/' && next == '/'; };
-        path.erase(std::ranges::unique(path, isSecondSlash).begin(), path.end());
+        path.erase(std::unique(path.begin(), path.end(), isSecondSlash), path.end());
     }
     if (path.size() > 1 && path.ends_with('/')) {
         path.pop_back();

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <iterator>
 #include <numeric>
-#include <ranges>
 #include <system_error>
 #include <utility>
 
@@ -190,8 +189,9 @@ private:
     }
 
     void leave() {
-        for (InventoryPart* const part : m_levels.back().given | std::views::reverse) {
-            m_part->others.emplace_back(m_part->found.entries.size(), part);
+        auto& given = m_levels.back().given;
+        for (; !given.empty(); given.pop_back()) {
+            m_part->others.emplace_back(m_part->found.entries.size(), given.back());
         }
         const Descriptor left = std::move(m_levels.back().folder);
         m_attributes.leave();
