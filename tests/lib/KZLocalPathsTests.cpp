@@ -8,10 +8,7 @@
 #include <set>
 #include <thread>
 
-#include "platform/ports/Host.h"
-#include "tests/fakes/FakeIdentity.h"
-#include "tests/fakes/FakeStandardFolders.h"
-#include "tests/fakes/FakeSystemInfo.h"
+#include "tests/lib/LocalPathsFixture.h"
 
 namespace {
 
@@ -19,63 +16,8 @@ using platform::FolderDomain;
 using platform::FolderKind;
 using Path = std::optional<std::string>;
 
-constexpr std::array bothDomains{FolderDomain::user, FolderDomain::local};
-
-class LocalPathsTest : public testing::Test {
-protected:
-    LocalPathsTest() { setUserFoldersBelow("/home/ada"); }
-
-    void setUserFoldersBelow(const std::string& home) {
-        const auto set = [this](FolderKind kind, FolderDomain domain, std::string path) {
-            m_folders.paths[{kind, domain}] = {std::move(path)};
-        };
-        for (const auto domain : bothDomains) {
-            const std::string root = domain == FolderDomain::user ? home : "";
-            set(FolderKind::applications, domain, root + "/Applications");
-            set(FolderKind::adminApplications, domain, root + "/Applications/Utilities");
-            set(FolderKind::library, domain, root + "/Library");
-            set(FolderKind::documentation, domain, root + "/Library/Documentation");
-            set(FolderKind::caches, domain, root + "/Library/Caches");
-            set(FolderKind::applicationSupport, domain, root + "/Library/Application Support");
-        }
-        set(FolderKind::documents, FolderDomain::user, home + "/Documents");
-        set(FolderKind::desktop, FolderDomain::user, home + "/Desktop");
-        set(FolderKind::movies, FolderDomain::user, home + "/Movies");
-        set(FolderKind::library, FolderDomain::system, "/System/Library");
-    }
-
-    void setUserLibrary(const std::string& path) {
-        m_folders.paths[{FolderKind::library, FolderDomain::user}] = {path};
-    }
-
-    // Grace is at the console.
-    void becomeSuperuser(const std::string& rootHome = "/var/root") {
-        m_identity.uid = 0;
-        m_identity.name = "root";
-        m_identity.home = rootHome;
-        m_identity.console = "grace";
-        m_identity.homes["grace"] = "/home/grace";
-        m_identity.homes["root"] = rootHome;
-        setUserFoldersBelow(rootHome);
-    }
-
-    fakes::FakeIdentity m_identity;
-    fakes::FakeStandardFolders m_folders;
-    fakes::FakeSystemInfo m_system;
-
-private:
-    platform::ScopedHost m_host{[this] {
-        platform::Host host;
-        host.identity = &m_identity;
-        host.folders = &m_folders;
-        host.system = &m_system;
-        return host;
-    }()};
-};
-
 using StandardDirectories = LocalPathsTest;
 using SuperuserDirectories = LocalPathsTest;
-using SystemDirectoryGuard = LocalPathsTest;
 using TemporaryNames = LocalPathsTest;
 
 // The user's folders and the machine's.
@@ -263,130 +205,6 @@ TEST_F(SuperuserDirectories, AreNoneForAConsoleUserWithoutAnAccount) {
 
     EXPECT_EQ(KZLocalPaths::userDirectory(), std::nullopt);
     EXPECT_EQ(KZLocalPaths::username(), "ghost");
-}
-
-// The guard.
-
-TEST_F(SystemDirectoryGuard, ProtectsTheRoot) {
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/"));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/", ExactMatch::yes));
-}
-
-TEST_F(SystemDirectoryGuard, DoesNotProtectPathsOfFewerThanThreeCharacters) {
-    m_folders.paths[{FolderKind::library, FolderDomain::local}] = {"/a"};
-
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory(""));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/a"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("//"));
-}
-
-TEST_F(SystemDirectoryGuard, CountsCharactersAsThePlatformDoesNotBytes) {
-    m_folders.paths[{FolderKind::library, FolderDomain::local}] = {"/é"};
-    m_folders.paths[{FolderKind::caches, FolderDomain::local}] = {"/🎹"};
-
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/é"));  // two characters in three bytes
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/🎹"));   // a slash and a surrogate pair
-}
-
-TEST_F(SystemDirectoryGuard, ProtectsEachStandardFolderOfBothDomains) {
-    for (const auto user : {UserDomain::yes, UserDomain::no}) {
-        for (const auto& path :
-             {KZLocalPaths::applicationDirectory(user), KZLocalPaths::adminApplicationDirectory(user),
-              KZLocalPaths::libraryDirectory(user), KZLocalPaths::prefsDirectory(user),
-              KZLocalPaths::cacheDirectory(user), KZLocalPaths::appSupportDirectory(user)}) {
-            EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory(path.value(), ExactMatch::yes)) << *path;
-        }
-    }
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/home/ada/Documents", ExactMatch::yes));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/home/ada/Desktop", ExactMatch::yes));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/home/ada", ExactMatch::yes));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/System/Library", ExactMatch::yes));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/Library/Documentation", ExactMatch::yes));
-}
-
-TEST_F(SystemDirectoryGuard, AsksForTheStandardFoldersOnceForManyPaths) {
-    const KZLocalPaths::SystemDirectoryGuard guard;
-    m_folders.paths.clear();  // would have no folder to name any more
-
-    EXPECT_TRUE(guard.protects("/home/ada/Library/Caches", ExactMatch::yes));
-    EXPECT_TRUE(guard.protects("/usr/bin", ExactMatch::no));
-    EXPECT_FALSE(guard.protects("/usr/bin", ExactMatch::yes));
-    EXPECT_FALSE(guard.protects("/home/ada/Library/Caches/mine", ExactMatch::no));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/Library/Caches"));
-}
-
-TEST_F(SystemDirectoryGuard, DoesNotProtectTheStandardFoldersThatItDoesNotName) {
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/Movies"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/Library/Logs"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/.Trash"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/Library/Documentation"));
-}
-
-TEST_F(SystemDirectoryGuard, ProtectsTheNamedSystemFoldersThemselves) {
-    for (const char* path : {"/Users/Shared", "/usr", "/var", "/bin", "/sbin", "/System"}) {
-        EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory(path, ExactMatch::yes)) << path;
-    }
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/Users"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/private/var"));
-}
-
-TEST_F(SystemDirectoryGuard, ProtectsWhatLiesInTheSystemFoldersUnlessTheMatchIsExact) {
-    for (const char* path : {"/usr/bin", "/usr/localx", "/var/log", "/bin/sh", "/sbin/init", "/private/var/log",
-                             "/System/Library/CoreServices"}) {
-        EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory(path)) << path;
-        EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory(path, ExactMatch::yes)) << path;
-    }
-}
-
-TEST_F(SystemDirectoryGuard, LetsLocalSoftwareBeChanged) {
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/usr/local/bin"));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/usr/local"));  // begins with "/usr/", not with "/usr/local/"
-}
-
-TEST_F(SystemDirectoryGuard, DoesNotProtectWhatLiesInTheUsersFolders) {
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/Library/Audio"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada/notes.txt"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/Library/Audio"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/Users/Shared/x"));
-}
-
-TEST_F(SystemDirectoryGuard, CutsTwoCharactersOffAPathWithATrailingSlash) {
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/usr/"));           // seen as "/u"
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/Users/Shared/"));  // seen as "/Users/Share"
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/usrx/"));           // seen as "/usr"
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/usr//"));           // seen as "/usr"
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/usré/"));           // seen as "/usr"
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/usr🎹/"));          // half of the pair stays
-}
-
-TEST_F(SystemDirectoryGuard, LooksAtThePrefixAfterTheCut) {
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/usr/bin/"));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/usr/local/"));  // seen as "/usr/loca"
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/usr/local/bin/"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/usr/bin/", ExactMatch::yes));
-}
-
-TEST_F(SystemDirectoryGuard, ComparesTheTextAsItStands) {
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/USR"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("//usr/bin"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/../usr"));
-}
-
-TEST_F(SystemDirectoryGuard, AsSuperuserProtectsTheConsoleUsersFolders) {
-    becomeSuperuser();
-
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/home/grace"));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/home/grace/Library"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/ada"));
-}
-
-TEST_F(SystemDirectoryGuard, StillProtectsTheSystemWhenNobodyIsAtTheConsole) {
-    becomeSuperuser();
-    m_identity.console.reset();
-
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/Library"));
-    EXPECT_TRUE(KZLocalPaths::isPathSystemDirectory("/usr"));
-    EXPECT_FALSE(KZLocalPaths::isPathSystemDirectory("/home/grace"));
 }
 
 TEST(TimeMachineVolumes, AreToldByAComponentOfAPathBelowVolumes) {
