@@ -1,6 +1,7 @@
 """wickfield-bundle check: reports, exit codes, and bundles that mean no good."""
 import json
 import os
+import resource
 import shutil
 import signal
 import stat
@@ -303,6 +304,21 @@ class Hostile(CheckCase):
         finally:
             subprocess.run(["rm", "-rf", str(self.made / TREE / "f")], check=False)
         self.assertLessEqual({"too-deep", "path-too-long"}, rules)
+
+    def test_needs_no_thread_but_its_own(self):
+        for number in range(60):
+            self.file(f"{self.name}/{TREE}/Library/Pebble/{number}/.DS_Store", b"x")
+        for path in (self.folder, self.work):
+            path.chmod(0o755)
+        options = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if is_root() else {}
+        whole = self.run_program("check", "--json", self.name, **options)
+        alone = self.run_program("check", "--json", self.name, **options,
+                                 preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NPROC, (1, 1)))
+        self.assertEqual(alone.stderr, b"")
+        skipped = [each["place"] for each in json.loads(whole.stdout)["findings"] if each["rule"] == "clutter-skipped"]
+        self.assertEqual(len(skipped), 60)
+        self.assertEqual(skipped, [each["place"] for each in json.loads(alone.stdout)["findings"]
+                                   if each["rule"] == "clutter-skipped"])
 
     def test_names_what_it_may_not_read(self):
         secret = self.made / TREE / "Library/secret"
